@@ -1,0 +1,17 @@
+#include "RawDecoder.h"
+
+namespace torvex {
+
+std::optional<NdArray> decodeRawVolume(const QByteArray& bytes, const QString& imgType, const RawDecodeParams& p)
+{
+    const std::optional<ImageType> type = findImageType(imgType);
+    if (!type) return std::nullopt;
+    switch (type->layout) {
+    case PixelLayout::Gray: return decodeGray(bytes, p, type->dtype, type->bytesPerPixel);
+    case PixelLayout::Color: return decodeColor(bytes, p, type->colorType, type->bytesPerPixel);
+    case PixelLayout::Bitmap: break;
+    }
+    return decodeBitmap(bytes, p);
+}
+
+} // namespace torvex

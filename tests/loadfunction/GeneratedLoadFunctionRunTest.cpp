@@ -1,0 +1,114 @@
+#include "PythonProcess.h"
+#include "toolboxes/importData/loadfunction/ImageSequenceLoadFunction.h"
+#include "toolboxes/importData/loadfunction/VolumeLoadFunction.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace torvex {
+namespace {
+
+const char* const kImageTypes[] = {"8-bit",       "16-bit Signed", "16-bit Unsigned", "32-bit Signed", "32-bit Unsigned",
+                                   "16-bit Real", "32-bit Real",   "64-bit Real",     "24-bit RGB",    "24-bit BGR",
+                                   "32-bit ARGB", "32-bit ABGR",   "1-bit Bitmap"};
+
+void writeFile(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << path.toStdString();
+    file.write(bytes);
+}
+
+QJsonObject toJson(const LoadFunctionParams& p)
+{
+    return {{"imgType", p.imgType}, {"offset", p.offset}, {"gap", p.gap}, {"width", p.width}, {"height", p.height},
+            {"frame", p.frame}, {"littleEndian", p.littleEndian}, {"colorOrder", p.colorOrder},
+            {"permute", p.permute}, {"hflip", p.hflip}, {"vflip", p.vflip}, {"data_format", p.data_format},
+            {"keep_c_on_gray", p.keep_c_on_gray}};
+}
+
+class GeneratedLoadData : public testing::TestWithParam<const char*> {};
+
+// Four layouts per type take gap 0 and not, both byte orders and colour
+// orders, each flip after a permutation, and both output formats with the
+// channel axis kept and dropped; unequal sizes make a swapped axis show.
+// Only row-major pixels agree with the window's decoders, and the bitmap is
+// row-major under any read order.
+TEST_P(GeneratedLoadData, ReadsKnownBytesAsTheDecodersDo)
+{
+    const QString type = GetParam();
+    const QString order = type == "1-bit Bitmap" ? "F" : "C";
+    const LoadFunctionParams layouts[] = {
+        {.imgType = type, .offset = 3, .width = 4, .height = 2, .frame = 3, .readOrder = "C", .colorOrder = "ABCABC",
+         .keep_c_on_gray = true},
+        {.imgType = type, .offset = 3, .gap = 5, .width = 4, .height = 2, .frame = 3, .littleEndian = true,
+         .readOrder = "C", .colorOrder = "ABCABC"},
+        {.imgType = type, .offset = 3, .width = 4, .height = 2, .frame = 3, .littleEndian = true, .readOrder = order,
+         .permute = "1,0,2", .hflip = true, .data_format = "HWCD"},
+        {.imgType = type, .offset = 3, .gap = 5, .width = 4, .height = 2, .frame = 3, .readOrder = order,
+         .permute = "2,0,1", .vflip = true, .data_format = "HWCD", .keep_c_on_gray = true},
+    };
+    QTemporaryDir dir;
+    QJsonArray cases;
+    for (const LoadFunctionParams& p : layouts) {
+        const QString module = dir.filePath(QString("case%1.py").arg(cases.size()));
+        writeFile(module, volumeLoadFunctionText(p).toUtf8());
+        cases.append(QJsonObject{{"module", module}, {"params", toJson(p)}});
+    }
+    writeFile(dir.filePath("cases.json"), QJsonDocument(cases).toJson());
+    const PythonRun run = runPython({loadFunctionTestDir() + "/check_load_data.py", dir.filePath("cases.json")});
+    EXPECT_EQ(run.exitCode, 0) << run.err.toStdString();
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryImageType, GeneratedLoadData, testing::ValuesIn(kImageTypes),
+                         [](const testing::TestParamInfo<const char*>& info) {
+                             return "type" + QString(info.param).replace(QRegularExpression("\\W"), "_").toStdString();
+                         });
+
+TEST(GeneratedLoadFunctions, CompileForAnySettingsAndFilterText)
+{
+    QTemporaryDir dir;
+    QStringList files;
+    const auto add = [&](const QString& text) {
+        files << dir.filePath(QString("text%1.py").arg(files.size()));
+        writeFile(files.last(), text.toUtf8());
+    };
+    for (const char* type : kImageTypes) {
+        for (const char* colorOrder : {"ABCABC", "AABBCC"}) {
+            add(volumeLoadFunctionText({.imgType = type, .offset = 7, .width = 5, .height = 3, .frame = 2,
+                                        .littleEndian = true, .colorOrder = colorOrder, .keep_c_on_gray = true}));
+            add(volumeLoadFunctionText({.imgType = type, .gap = -1, .colorOrder = colorOrder, .permute = "2,1,0",
+                                        .vflip = true, .data_format = "HWCD"}));
+        }
+    }
+    const QStringList filters{"", "it's", "\"q\" and 'q'", "ends\\", "'''", "\"\"\"", "\n\r\t\x01",
+                              QString::fromUtf16(u"\u00e9\u00d7\U0001F600\u2028"), QString(QChar(char16_t(0xdc00)))};
+    for (const QString& filter : filters) {
+        add(imageSequenceLoadFunctionText({"/tmp/we\"ird\\/a.png"}, filter, false));
+        add(imageSequenceLoadFunctionText({"/tmp/we\"ird\\/a.png"}, filter, true));
+    }
+    const PythonRun run = runPython(QStringList{"-m", "py_compile"} + files);
+    EXPECT_EQ(run.exitCode, 0) << run.err.toStdString();
+}
+
+TEST(GeneratedLoadFunctions, ImageSequenceStacksAFolderOfPngs)
+{
+    QTemporaryDir dir;
+    ASSERT_TRUE(QDir(dir.path()).mkdir("images"));
+    const QString images = dir.filePath("images");
+    writeFile(dir.filePath("all.py"), imageSequenceLoadFunctionText({images + "/a.png"}, "", false).toUtf8());
+    writeFile(dir.filePath("a_and_b.py"), imageSequenceLoadFunctionText({images + "/a.png"}, "^[ab]\\.", true).toUtf8());
+    const PythonRun run = runPython(
+        {loadFunctionTestDir() + "/check_image_sequence.py", images, dir.filePath("all.py"), dir.filePath("a_and_b.py")});
+    EXPECT_EQ(run.exitCode, 0) << run.err.toStdString();
+}
+
+} // namespace
+} // namespace torvex

@@ -1,0 +1,26 @@
+#include "toolboxes/importData/loadfunction/ImageSequenceLoadFunction.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+namespace torvex {
+namespace {
+
+QString usageComment(const QStringList& fileList)
+{
+    const QStringList lines = imageSequenceLoadFunctionText(fileList, "*.png", false).split(u'\n');
+    return lines.at(lines.size() - 2); // the text ends with a line feed
+}
+
+TEST(ImageSequenceLoadFunctionText, UsageCommentShowsFolderOfFirstFile)
+{
+    EXPECT_EQ(usageComment({"/data/shots/a.png", "/other/b.png"}), "# imgs = load_image_sequence(r\"/data/shots\")");
+    EXPECT_EQ(usageComment({"a.png"}), "# imgs = load_image_sequence(r\"path/to/folder\")");
+    EXPECT_EQ(usageComment({""}), "# imgs = load_image_sequence(r\"path/to/folder\")");
+    EXPECT_EQ(usageComment({"C:\\x\"y/a.png"}), "# imgs = load_image_sequence(r\"C:\\x\"y\")"); // no escaping
+    EXPECT_THROW(imageSequenceLoadFunctionText({}, "*.png", false), std::runtime_error);
+}
+
+} // namespace
+} // namespace torvex

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QByteArray>
+#include <QFile>
+#include <QProcess>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace torvex::test {
+
+// Writes bytes to a file, failing the test if that is not possible.
+inline QString writeFile(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly)) << path.toStdString();
+    file.write(bytes);
+    return path;
+}
+
+// Runs a Python snippet with the system interpreter (which has NumPy and
+// Pillow) and returns what it printed; a non-zero exit fails the test.
+inline QString runPython(const QString& code, const QStringList& args = {})
+{
+    QProcess python;
+    python.start("/usr/bin/python3", QStringList{"-c", code} + args);
+    EXPECT_TRUE(python.waitForFinished(120000));
+    const QString err = QString::fromUtf8(python.readAllStandardError());
+    EXPECT_EQ(python.exitCode(), 0) << err.toStdString();
+    return QString::fromUtf8(python.readAllStandardOutput()).trimmed();
+}
+
+} // namespace torvex::test

@@ -1,0 +1,105 @@
+#include "toolboxes/importData/loadfunction/ImageSequenceLoadFunction.h"
+
+#include "toolboxes/importData/loadfunction/PythonText.h"
+
+#include <stdexcept>
+
+namespace torvex {
+
+namespace {
+
+// The folder shown in the usage comment: the directory of the first listed file.
+QString exampleFolder(const QStringList& fileList)
+{
+    if (fileList.isEmpty()) throw std::runtime_error("list index out of range");
+    const QString folder = pythonDirname(fileList.first());
+    return folder.isEmpty() ? QStringLiteral("path/to/folder") : folder;
+}
+
+} // namespace
+
+QString imageSequenceLoadFunctionText(const QStringList& fileList, const QString& filterText, bool useRegex)
+{
+    const QString filterRepr = pythonRepr(filterText.isEmpty() ? QStringLiteral("*.*") : filterText);
+    const QString filterComment = (useRegex ? "# regex pattern used: " : "# wildcard pattern used: ") + filterRepr;
+    const QString filterCode = useRegex
+        ? "import re\n    filtered = [f for f in files if re.search(" + filterRepr + ", os.path.basename(f))]"
+        : "import fnmatch\n    filtered = [f for f in files if fnmatch.fnmatch(os.path.basename(f), " + filterRepr + ")]";
+    // Written between r" and " unescaped: it only ever lands in a comment.
+    const QString folder = exampleFolder(fileList);
+
+    return QStringList{
+        "import os",
+        "import numpy as np",
+        "import PIL.Image",
+        "",
+        "",
+        "def _normalise_to_uint8(arr):",
+        "    \"\"\"Normalise any numeric array to uint8 via min-max scaling.\"\"\"",
+        "    if arr.dtype == np.uint8:",
+        "        return arr",
+        "    a_min, a_max = float(arr.min()), float(arr.max())",
+        "    if a_max > a_min:",
+        "        return ((arr.astype(np.float64) - a_min) / (a_max - a_min) * 255).astype(np.uint8)",
+        "    return np.zeros_like(arr, dtype=np.uint8)",
+        "",
+        "",
+        "def load_image_sequence(folder_path):",
+        "    \"\"\"Load a filtered image sequence from *folder_path*.",
+        "",
+        "    Non-image files are silently skipped.",
+        "    All images are normalised to uint8 RGB and centre-padded to",
+        QString::fromUtf8("    the largest width \u00d7 height found in the sequence."),
+        "    \"\"\"",
+        "    " + filterComment,
+        "    files = sorted(",
+        "        os.path.join(folder_path, f)",
+        "        for f in os.listdir(folder_path)",
+        "        if os.path.isfile(os.path.join(folder_path, f))",
+        "    )",
+        "    " + filterCode,
+        "",
+        "    raw = []",
+        "    maxH = maxW = 0",
+        "    for path in filtered:",
+        "        try:",
+        "            arr = _normalise_to_uint8(np.array(PIL.Image.open(path)))",
+        "            maxH = max(maxH, arr.shape[0])",
+        "            maxW = max(maxW, arr.shape[1] if arr.ndim >= 2 else 1)",
+        "            raw.append(arr)",
+        "        except Exception:",
+        "            pass  # skip non-image / unreadable files",
+        "",
+        "    if not raw:",
+        "        return np.zeros((0, maxH or 1, maxW or 1, 3), dtype=np.uint8)",
+        "",
+        "    frames = []",
+        "    for img in raw:",
+        "        # Normalise channels",
+        "        if img.ndim == 2:",
+        "            img = np.stack((img, img, img), axis=2)",
+        "        if img.shape[2] == 4:",
+        "            img = img[:, :, :3]",
+        "        # Centre-pad height",
+        "        h, w = img.shape[:2]",
+        "        if h < maxH:",
+        "            top = (maxH - h) // 2",
+        "            img = np.pad(img, ((top, maxH - h - top), (0, 0), (0, 0)),",
+        "                         mode=\"constant\", constant_values=0)",
+        "        # Centre-pad width",
+        "        if w < maxW:",
+        "            left = (maxW - w) // 2",
+        "            img = np.pad(img, ((0, 0), (left, maxW - w - left), (0, 0)),",
+        "                         mode=\"constant\", constant_values=0)",
+        "        frames.append(img)",
+        "",
+        "    return np.stack(frames, axis=0)",
+        "",
+        "",
+        "# Example usage:",
+        "# imgs = load_image_sequence(r\"" + folder + "\")",
+        "",
+    }.join(u'\n');
+}
+
+} // namespace torvex

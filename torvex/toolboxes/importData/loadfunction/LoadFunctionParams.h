@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QString>
+
+namespace torvex {
+
+// The panel settings that the generated load_data text repeats. Field names
+// follow the generated Python's keyword names, so they differ from
+// VolumeParams where that record says totalFrame and order.
+struct LoadFunctionParams {
+    QString imgType = "";
+    int offset = 0;
+    int gap = 0;
+    int width = 0;
+    int height = 0;
+    int frame = 0;
+    bool littleEndian = false;
+    QString readOrder = "F";
+    QString colorOrder = "AABBCC";
+    QString permute = "0,1,2";
+    bool hflip = false;
+    bool vflip = false;
+    QString data_format = "DHWC";
+    bool keep_c_on_gray = false;
+};
+
+} // namespace torvex

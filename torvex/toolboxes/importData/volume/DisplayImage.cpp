@@ -1,0 +1,427 @@
+#include "DisplayImage.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <thread>
+#include <type_traits>
+#include <vector>
+
+// The hot loops are written with GCC/Clang vector extensions rather than left
+// to the autovectoriser, which the optimisation level of the build
+// (RelWithDebInfo, -O2) mostly keeps off; target_clones adds an AVX2 build of
+// each that is picked at run time.
+#define TORVEX_HOT_LOOP __attribute__((target_clones("avx2", "default")))
+// The vectors never cross this file, so the note that their passing differs
+// between the two builds does not concern us.
+#pragma GCC diagnostic ignored "-Wpsabi"
+
+namespace torvex {
+
+namespace {
+
+// ---------------------------------------------------------------- lanes
+
+// Values are handled sixteen at a time: sixteen bytes of output, one AVX2
+// register of 16-bit input.
+constexpr int lanes = 16;
+
+template <class E> struct VectorOf {
+    typedef E type __attribute__((vector_size(sizeof(E) * lanes)));
+};
+template <class E> using Vector = typename VectorOf<E>::type;
+using Bytes = Vector<uint8_t>;
+
+template <class V, class E> [[gnu::always_inline]] inline V splat(E value)
+{
+    return V{} + value; // a scalar operand is broadcast to every lane
+}
+
+// The arithmetic type an element is read as.
+template <class T> using Number = std::conditional_t<std::is_same_v<T, Float16>, float, T>;
+
+// Up to `lanes` elements from p on, `stride` bytes apart. Lanes past `count`
+// repeat the first element, so that they never widen a range or leave one.
+template <class T>
+[[gnu::always_inline]] inline Vector<Number<T>> loadLanes(const std::byte* p, int64_t stride, int count,
+                                                          ByteOrder order)
+{
+    Vector<Number<T>> v;
+    if constexpr (std::is_same_v<T, Number<T>>) {
+        if (count == lanes && stride == sizeof(T) && !needsSwap(order)) {
+            std::memcpy(&v, p, sizeof v);
+            return v;
+        }
+    }
+    for (int k = 0; k < lanes; ++k) v[k] = loadElement<T>(p + (k < count ? k : 0) * stride, order);
+    return v;
+}
+
+[[gnu::always_inline]] inline void storeLanes(Bytes values, uint8_t* out, int64_t stride, int count)
+{
+    if (count == lanes && stride == 1) {
+        std::memcpy(out, &values, sizeof values);
+        return;
+    }
+    for (int k = 0; k < count; ++k) out[k * stride] = values[k];
+}
+
+// Rows of a 16 x 16 byte tile become its columns. Interleaving row i with row
+// i + 8 rotates the 8 bits of each byte's (row, column) index left by one; four
+// rounds swap row and column.
+[[gnu::always_inline]] inline void transpose(std::array<Bytes, lanes>& tile)
+{
+    for (int round = 0; round < 4; ++round) {
+        std::array<Bytes, lanes> next;
+        for (int i = 0; i < lanes / 2; ++i) {
+            next[2 * i] = __builtin_shufflevector(tile[i], tile[i + 8], 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6,
+                                                  22, 7, 23);
+            next[2 * i + 1] = __builtin_shufflevector(tile[i], tile[i + 8], 8, 24, 9, 25, 10, 26, 11, 27, 12, 28,
+                                                      13, 29, 14, 30, 15, 31);
+        }
+        tile = next;
+    }
+}
+
+// ---------------------------------------------------------------- geometry
+
+struct Axis {
+    int64_t extent;
+    int64_t stride; // bytes
+};
+
+// A frame as rows x columns x channels from the address of element (0, 0, 0).
+struct Frame {
+    const std::byte* origin;
+    Axis rows, columns, channels;
+    ByteOrder order;
+};
+
+Frame frameOf(const NdArray& array)
+{
+    const int64_t channels = array.ndim() == 3 ? array.extent(2) : 1;
+    if ((array.ndim() != 2 && array.ndim() != 3) || (channels != 1 && channels != 3 && channels != 4))
+        throw std::runtime_error("cannot display an array of shape " + shapeText(array.shape()) +
+                                 ": a frame has the shape (H, W) or (H, W, C) with C of 1, 3 or 4");
+    return {array.data(),
+            {array.extent(0), array.stride(0)},
+            {array.extent(1), array.stride(1)},
+            {channels, array.ndim() == 3 ? array.stride(2) : array.itemsize()},
+            array.byteOrder()};
+}
+
+// A frame's elements in address order: axes outermost first, with positive and
+// falling strides, neighbours that form one run merged. Reading in this order
+// streams memory whatever the view's layout (flipped, column-major).
+struct MemoryWalk {
+    const std::byte* start;
+    std::vector<Axis> axes; // never empty; the last is the run
+};
+
+MemoryWalk memoryWalk(const Frame& frame, int itemsize)
+{
+    const std::byte* start = frame.origin;
+    std::vector<Axis> axes;
+    for (Axis axis : {frame.rows, frame.columns, frame.channels}) {
+        if (axis.extent == 1) continue;
+        if (axis.stride < 0) {
+            start += axis.stride * (axis.extent - 1);
+            axis.stride = -axis.stride;
+        }
+        axes.push_back(axis);
+    }
+    std::sort(axes.begin(), axes.end(), [](Axis a, Axis b) { return a.stride > b.stride; });
+    MemoryWalk walk{start, {}};
+    for (Axis axis : axes) {
+        Axis* outer = walk.axes.empty() ? nullptr : &walk.axes.back();
+        if (outer && outer->stride == axis.stride * axis.extent) *outer = {outer->extent * axis.extent, axis.stride};
+        else walk.axes.push_back(axis);
+    }
+    if (walk.axes.empty()) walk.axes.push_back({1, itemsize});
+    return walk;
+}
+
+// [begin, end) of `part` of `parts` about equal pieces of count, cut at
+// multiples of `grain`.
+std::pair<int64_t, int64_t> pieceOf(int64_t count, int64_t grain, int part, int parts)
+{
+    const int64_t grains = (count + grain - 1) / grain;
+    return {std::min(count, grains * part / parts * grain), std::min(count, grains * (part + 1) / parts * grain)};
+}
+
+// Part of a walk: a piece of its outermost axis.
+MemoryWalk pieceOf(MemoryWalk walk, int part, int parts)
+{
+    Axis& outer = walk.axes.front();
+    const auto [begin, end] = pieceOf(outer.extent, 1, part, parts);
+    walk.start += begin * outer.stride;
+    outer.extent = end - begin;
+    return walk;
+}
+
+// Calls fn(first, count, stride) for each run of the walk.
+template <class Fn> void forEachRun(const MemoryWalk& walk, Fn&& fn)
+{
+    const size_t n = walk.axes.size();
+    const Axis run = walk.axes[n - 1];
+    const Axis outer = n >= 2 ? walk.axes[n - 2] : Axis{1, 0};
+    const Axis outermost = n == 3 ? walk.axes[0] : Axis{1, 0};
+    for (int64_t i = 0; i < outermost.extent; ++i)
+        for (int64_t j = 0; j < outer.extent; ++j)
+            fn(walk.start + i * outermost.stride + j * outer.stride, run.extent, run.stride);
+}
+
+// ---------------------------------------------------------------- cores
+
+// Below this many elements a frame is converted on the calling thread alone:
+// starting a thread would cost more than it saves.
+constexpr int64_t parallelMinimum = int64_t{1} << 18;
+
+int partsFor(int64_t elements)
+{
+    if (elements < parallelMinimum) return 1;
+    return static_cast<int>(std::clamp(std::thread::hardware_concurrency(), 1u, 8u));
+}
+
+// Runs work(part, parts) for each part, the first on the calling thread.
+template <class Work> void runInParallel(int parts, Work&& work)
+{
+    std::vector<std::jthread> helpers;
+    for (int part = 1; part < parts; ++part) helpers.emplace_back([&work, part, parts] { work(part, parts); });
+    work(0, parts);
+}
+
+// ---------------------------------------------------------------- range
+
+template <class T> struct Range {
+    using N = Number<T>;
+    static constexpr bool hasInfinity = std::numeric_limits<N>::has_infinity;
+    // Empty: lo above and hi below every number.
+    N lo = hasInfinity ? std::numeric_limits<N>::infinity() : std::numeric_limits<N>::max();
+    N hi = hasInfinity ? -std::numeric_limits<N>::infinity() : std::numeric_limits<N>::lowest();
+
+    // NaN compares false and so never gets in.
+    void merge(N otherLo, N otherHi)
+    {
+        if (otherLo < lo) lo = otherLo;
+        if (otherHi > hi) hi = otherHi;
+    }
+};
+
+template <class T>
+TORVEX_HOT_LOOP void widenByRun(Range<T>& range, const std::byte* first, int64_t count, int64_t stride,
+                                ByteOrder order)
+{
+    using V = Vector<Number<T>>;
+    V lo = splat<V>(range.lo), hi = splat<V>(range.hi);
+    for (int64_t i = 0; i < count; i += lanes) {
+        const V v = loadLanes<T>(first + i * stride, stride, static_cast<int>(std::min<int64_t>(lanes, count - i)),
+                                 order);
+        lo = v < lo ? v : lo;
+        hi = v > hi ? v : hi;
+    }
+    for (int k = 0; k < lanes; ++k) range.merge(lo[k], hi[k]);
+}
+
+template <class T> Range<T> rangeOf(const Frame& frame, int64_t elements)
+{
+    const MemoryWalk walk = memoryWalk(frame, sizeof(T));
+    const int parts = partsFor(elements);
+    std::vector<Range<T>> partial(parts);
+    runInParallel(parts, [&](int part, int parts) {
+        forEachRun(pieceOf(walk, part, parts), [&](const std::byte* first, int64_t count, int64_t stride) {
+            widenByRun(partial[part], first, count, stride, frame.order);
+        });
+    });
+    Range<T> range;
+    for (const Range<T>& r : partial) range.merge(r.lo, r.hi);
+    return range;
+}
+
+// ---------------------------------------------------------------- levels
+
+// Levels 0..255 as bytes. Narrowing in two halvings compiles to packs; one
+// step straight to bytes compiles to scalar code.
+[[gnu::always_inline]] inline Bytes narrowed(Vector<int32_t> levels)
+{
+    return __builtin_convertvector(__builtin_convertvector(levels, Vector<uint16_t>), Bytes);
+}
+
+// floor((v - lo) * 255 / span) clipped to 0..255, NaN to 0, in double.
+struct DoubleLevels {
+    double lo, span;
+
+    template <class V> Bytes operator()(V values) const
+    {
+        using D = Vector<double>;
+        D t = (__builtin_convertvector(values, D) - lo) * 255.0 / span;
+        t = t >= 0 ? t : splat<D>(0.0); // NaN fails the test too
+        t = t <= 255 ? t : splat<D>(255.0);
+        // Truncation is floor for t >= 0.
+        return narrowed(__builtin_convertvector(t, Vector<int32_t>));
+    }
+};
+
+// The same levels for integers of at most 16 bits, in single precision: the
+// numerator (v - lo) * 255 stays below 2^24, so a float reciprocal of the span
+// gets the quotient within one, and the integer remainder makes it exact.
+struct SmallIntegerLevels {
+    int32_t lo, span;
+    float inverse;
+
+    template <class V> Bytes operator()(V values) const
+    {
+        using I = Vector<int32_t>;
+        const I numerator = (__builtin_convertvector(values, I) - lo) * 255;
+        I quotient = __builtin_convertvector(__builtin_convertvector(numerator, Vector<float>) * inverse, I);
+        const I remainder = numerator - quotient * span;
+        // Sign shifts rather than comparisons, which compile to scalar code
+        // for vectors wider than the machine's.
+        quotient += remainder >> 31;             // -1 when the remainder is negative
+        quotient -= (span - 1 - remainder) >> 31; // +1 when it is span or more
+        return narrowed(quotient);
+    }
+};
+
+template <class T, class Levels>
+[[gnu::always_inline]] inline void levelRun(const std::byte* first, int64_t count, int64_t stride, uint8_t* out,
+                                            int64_t outStride, ByteOrder order, const Levels& levels)
+{
+    for (int64_t i = 0; i < count; i += lanes) {
+        const int n = static_cast<int>(std::min<int64_t>(lanes, count - i));
+        storeLanes(levels(loadLanes<T>(first + i * stride, stride, n, order)), out + i * outStride, outStride, n);
+    }
+}
+
+// Rows y0..y1 of the image, each read along the row.
+template <class T, class Levels>
+TORVEX_HOT_LOOP void levelRows(const Frame& frame, int64_t y0, int64_t y1, uint8_t* bits, int64_t bytesPerLine,
+                               const Levels& levels)
+{
+    const int64_t channels = frame.channels.extent;
+    // The values of a row are one run when its channels follow one another;
+    // otherwise each channel is a run of its own.
+    const bool oneRun = channels == 1 || frame.columns.stride == channels * frame.channels.stride;
+    for (int64_t y = y0; y < y1; ++y) {
+        const std::byte* row = frame.origin + y * frame.rows.stride;
+        uint8_t* out = bits + y * bytesPerLine;
+        if (oneRun) {
+            const int64_t stride = channels == 1 ? frame.columns.stride : frame.channels.stride;
+            levelRun<T>(row, frame.columns.extent * channels, stride, out, 1, frame.order, levels);
+            continue;
+        }
+        for (int64_t c = 0; c < channels; ++c)
+            levelRun<T>(row + c * frame.channels.stride, frame.columns.extent, frame.columns.stride, out + c,
+                        channels, frame.order, levels);
+    }
+}
+
+// The tile of up to 16 x 16 pixels at (y, x) of a one-channel image: read
+// down its columns, turned in registers, stored along its rows.
+template <class T, class Levels>
+[[gnu::always_inline]] inline void levelTile(const Frame& frame, int64_t y, int64_t x, int height, int width,
+                                             uint8_t* bits, int64_t bytesPerLine, const Levels& levels)
+{
+    std::array<Bytes, lanes> tile{};
+#ifdef PF
+    for (int i = 0; i < width; ++i) __builtin_prefetch(frame.origin + (y + PF) * frame.rows.stride + (x + i) * frame.columns.stride);
+#endif
+    for (int i = 0; i < width; ++i)
+        tile[i] = levels(loadLanes<T>(frame.origin + y * frame.rows.stride + (x + i) * frame.columns.stride,
+                                      frame.rows.stride, height, frame.order));
+    transpose(tile);
+    for (int j = 0; j < height; ++j) storeLanes(tile[j], bits + (y + j) * bytesPerLine + x, 1, width);
+}
+
+// Tiles are visited in blocks of this many pixels square: the pages of a
+// block's columns and rows all stay in the TLB, which those of whole rows of
+// tiles do not.
+#ifndef BR
+#define BR 256
+#define BC 256
+#endif
+constexpr int64_t tileBlockRows = BR, tileBlockColumns = BC;
+
+// Rows y0..y1 of a one-channel image whose columns lie closer in memory than
+// its rows, in tiles.
+template <class T, class Levels>
+TORVEX_HOT_LOOP void levelColumnTiles(const Frame& frame, int64_t y0, int64_t y1, uint8_t* bits,
+                                      int64_t bytesPerLine, const Levels& levels)
+{
+    const int64_t width = frame.columns.extent;
+    for (int64_t blockY = y0; blockY < y1; blockY += tileBlockRows) {
+        const int64_t blockEndY = std::min(blockY + tileBlockRows, y1);
+        for (int64_t blockX = 0; blockX < width; blockX += tileBlockColumns) {
+            const int64_t blockEndX = std::min(blockX + tileBlockColumns, width);
+#ifdef YOUTER
+            for (int64_t y = blockY; y < blockEndY; y += lanes)
+            for (int64_t x = blockX; x < blockEndX; x += lanes)
+#else
+            for (int64_t x = blockX; x < blockEndX; x += lanes)
+                for (int64_t y = blockY; y < blockEndY; y += lanes)
+#endif
+                    levelTile<T>(frame, y, x, static_cast<int>(std::min<int64_t>(lanes, blockEndY - y)),
+                                 static_cast<int>(std::min<int64_t>(lanes, blockEndX - x)), bits, bytesPerLine,
+                                 levels);
+        }
+    }
+}
+
+template <class T, class Levels>
+void levelFrame(const Frame& frame, int64_t elements, QImage& image, const Levels& levels)
+{
+    const bool columnMajor =
+        frame.channels.extent == 1 && std::abs(frame.rows.stride) < std::abs(frame.columns.stride);
+    uint8_t* bits = image.bits();
+    const int64_t bytesPerLine = image.bytesPerLine();
+    runInParallel(partsFor(elements), [&](int part, int parts) {
+        const auto [y0, y1] = pieceOf(frame.rows.extent, columnMajor ? lanes : 1, part, parts);
+        if (columnMajor) levelColumnTiles<T>(frame, y0, y1, bits, bytesPerLine, levels);
+        else levelRows<T>(frame, y0, y1, bits, bytesPerLine, levels);
+    });
+}
+
+QImage::Format formatFor(int64_t channels)
+{
+    switch (channels) {
+    case 3: return QImage::Format_RGB888;
+    case 4: return QImage::Format_RGBA8888;
+    default: return QImage::Format_Grayscale8;
+    }
+}
+
+} // namespace
+
+QImage displayImage(const NdArray& array)
+{
+    const Frame frame = frameOf(array);
+    const int64_t elements = array.size();
+    constexpr int64_t largest = std::numeric_limits<int>::max();
+    QImage image;
+    if (frame.columns.extent <= largest && frame.rows.extent <= largest)
+        image = QImage(static_cast<int>(frame.columns.extent), static_cast<int>(frame.rows.extent),
+                       formatFor(frame.channels.extent));
+    if (elements == 0) return image;
+    if (image.isNull())
+        throw std::runtime_error("cannot make an image of shape " + shapeText(array.shape()) + " for display");
+    visitDType(array.dtype(), [&](auto tag) {
+        using T = decltype(tag);
+        const Range<T> range = rangeOf<T>(frame, elements);
+        if (!(range.lo < range.hi)) {
+            image.fill(0);
+            return;
+        }
+        if constexpr (std::is_integral_v<T> && sizeof(T) <= 2) {
+            const int32_t span = int32_t{range.hi} - int32_t{range.lo};
+            levelFrame<T>(frame, elements, image, SmallIntegerLevels{range.lo, span, 1.0f / static_cast<float>(span)});
+        } else {
+            const auto lo = static_cast<double>(range.lo);
+            levelFrame<T>(frame, elements, image, DoubleLevels{lo, static_cast<double>(range.hi) - lo});
+        }
+    });
+    return image;
+}
+
+} // namespace torvex

@@ -122,3 +122,21 @@ TEST(NdArray, SaveNpyWritesWhatNumPyReadsBack)
               "float16 (3, 2) [0.5, 1.25, 0.25, 1.0, 0.0, 0.75] uint32 (2, 1, 3) [0, 1, 2, 3, 4, 5]");
     EXPECT_THROW(saveNpy(view, dir.filePath("no/such/folder/x.npy")), std::runtime_error);
 }
+
+TEST(NdArray, TakePicksWithoutCopyingAndGathersOnDemand)
+{
+    const NdArray stack = iota({4, 2, 3});
+    const NdArray picked = stack.take({3, 1, 3});
+    EXPECT_TRUE(picked.is_picked());
+    EXPECT_EQ(picked.shape(), (Shape{3, 2, 3}));
+    EXPECT_EQ(picked.index(1).data(), stack.index(1).data()); // no element copied
+    const std::vector<double> want = {18, 19, 20, 21, 22, 23, 6, 7, 8, 9, 10, 11, 18, 19, 20, 21, 22, 23};
+    EXPECT_EQ(values(picked), want);
+    EXPECT_EQ(values(picked.take({1})), std::vector<double>(want.begin() + 6, want.begin() + 12));
+    // Anything that needs the elements in one block gets them gathered once.
+    EXPECT_EQ(values(picked.transpose({1, 0, 2}).index(0)), (std::vector<double>{18, 19, 20, 6, 7, 8, 18, 19, 20}));
+    EXPECT_EQ(picked.data(), picked.data());
+    EXPECT_EQ(values(picked.copy()), want);
+    EXPECT_EQ(values(NdArray::stack({picked.index(0), picked.index(1)}, 0)), std::vector<double>(want.begin(), want.begin() + 12));
+    EXPECT_THROW(stack.take({4}), std::runtime_error);
+}

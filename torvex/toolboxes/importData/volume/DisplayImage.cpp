@@ -1,11 +1,15 @@
 #include "DisplayImage.h"
 
+#include <QThread>
+#include <QThreadPool>
+
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cmath>
 #include <cstring>
 #include <limits>
-#include <thread>
+#include <memory>
 #include <type_traits>
 #include <vector>
 
@@ -43,7 +47,8 @@ template <class V, class E> [[gnu::always_inline]] inline V splat(E value)
 template <class T> using Number = std::conditional_t<std::is_same_v<T, Float16>, float, T>;
 
 // Up to `lanes` elements from p on, `stride` bytes apart. Lanes past `count`
-// repeat the first element, so that they never widen a range or leave one.
+// repeat the first element: a real value, it changes no min or max and has a
+// level of its own.
 template <class T>
 [[gnu::always_inline]] inline Vector<Number<T>> loadLanes(const std::byte* p, int64_t stride, int count,
                                                           ByteOrder order)
@@ -145,14 +150,14 @@ MemoryWalk memoryWalk(const Frame& frame, int itemsize)
 
 // [begin, end) of `part` of `parts` about equal pieces of count, cut at
 // multiples of `grain`.
-std::pair<int64_t, int64_t> pieceOf(int64_t count, int64_t grain, int part, int parts)
+std::pair<int64_t, int64_t> pieceOf(int64_t count, int64_t grain, int64_t part, int64_t parts)
 {
     const int64_t grains = (count + grain - 1) / grain;
     return {std::min(count, grains * part / parts * grain), std::min(count, grains * (part + 1) / parts * grain)};
 }
 
 // Part of a walk: a piece of its outermost axis.
-MemoryWalk pieceOf(MemoryWalk walk, int part, int parts)
+MemoryWalk pieceOf(MemoryWalk walk, int64_t part, int64_t parts)
 {
     Axis& outer = walk.axes.front();
     const auto [begin, end] = pieceOf(outer.extent, 1, part, parts);
@@ -175,22 +180,52 @@ template <class Fn> void forEachRun(const MemoryWalk& walk, Fn&& fn)
 
 // ---------------------------------------------------------------- cores
 
-// Below this many elements a frame is converted on the calling thread alone:
-// starting a thread would cost more than it saves.
+// A frame is cut into this many chunks of work, or into one below
+// parallelMinimum elements, where handing work over costs more than it saves.
+constexpr int64_t chunksPerFrame = 64;
 constexpr int64_t parallelMinimum = int64_t{1} << 18;
 
-int partsFor(int64_t elements)
+int64_t chunksFor(int64_t elements) { return elements < parallelMinimum ? 1 : chunksPerFrame; }
+
+// Helpers of their own, so that chunks never queue behind other work; the
+// calling thread is the last core.
+struct HelperPool : QThreadPool {
+    HelperPool() { setMaxThreadCount(std::max(1, QThread::idealThreadCount() - 1)); }
+};
+
+QThreadPool& helpers()
 {
-    if (elements < parallelMinimum) return 1;
-    return static_cast<int>(std::clamp(std::thread::hardware_concurrency(), 1u, 8u));
+    static HelperPool pool;
+    return pool;
 }
 
-// Runs work(part, parts) for each part, the first on the calling thread.
-template <class Work> void runInParallel(int parts, Work&& work)
+// Runs work(chunk) for chunks 0..count-1 on the calling thread and the
+// helpers. Chunks are claimed one at a time, so a helper that the system starts
+// late (the cores are shared) holds nothing up: the caller takes what is left
+// and waits only for chunks a helper has begun.
+template <class Work> void runInChunks(int64_t count, Work&& work)
 {
-    std::vector<std::jthread> helpers;
-    for (int part = 1; part < parts; ++part) helpers.emplace_back([&work, part, parts] { work(part, parts); });
-    work(0, parts);
+    if (count == 1) {
+        work(0);
+        return;
+    }
+    struct Progress {
+        std::atomic<int64_t> next{0}, done{0};
+    };
+    auto progress = std::make_shared<Progress>();
+    // A helper touches `work` only after claiming a chunk, which it cannot
+    // once the caller has returned.
+    const auto drain = [progress, count, &work] {
+        for (int64_t chunk = progress->next++; chunk < count; chunk = progress->next++) {
+            work(chunk);
+            progress->done.fetch_add(1, std::memory_order_release);
+            progress->done.notify_all();
+        }
+    };
+    for (int i = 0; i < helpers().maxThreadCount(); ++i) helpers().start(drain);
+    drain();
+    for (int64_t done; (done = progress->done.load(std::memory_order_acquire)) < count;)
+        progress->done.wait(done, std::memory_order_acquire);
 }
 
 // ---------------------------------------------------------------- range
@@ -228,11 +263,11 @@ TORVEX_HOT_LOOP void widenByRun(Range<T>& range, const std::byte* first, int64_t
 template <class T> Range<T> rangeOf(const Frame& frame, int64_t elements)
 {
     const MemoryWalk walk = memoryWalk(frame, sizeof(T));
-    const int parts = partsFor(elements);
-    std::vector<Range<T>> partial(parts);
-    runInParallel(parts, [&](int part, int parts) {
-        forEachRun(pieceOf(walk, part, parts), [&](const std::byte* first, int64_t count, int64_t stride) {
-            widenByRun(partial[part], first, count, stride, frame.order);
+    const int64_t chunks = chunksFor(elements);
+    std::vector<Range<T>> partial(chunks);
+    runInChunks(chunks, [&](int64_t chunk) {
+        forEachRun(pieceOf(walk, chunk, chunks), [&](const std::byte* first, int64_t count, int64_t stride) {
+            widenByRun(partial[chunk], first, count, stride, frame.order);
         });
     });
     Range<T> range;
@@ -285,9 +320,11 @@ struct SmallIntegerLevels {
     }
 };
 
+// Levels travel by value: a copy cannot change under the stores of bytes, which
+// may alias anything, so its fields stay in registers.
 template <class T, class Levels>
 [[gnu::always_inline]] inline void levelRun(const std::byte* first, int64_t count, int64_t stride, uint8_t* out,
-                                            int64_t outStride, ByteOrder order, const Levels& levels)
+                                            int64_t outStride, ByteOrder order, Levels levels)
 {
     for (int64_t i = 0; i < count; i += lanes) {
         const int n = static_cast<int>(std::min<int64_t>(lanes, count - i));
@@ -298,7 +335,7 @@ template <class T, class Levels>
 // Rows y0..y1 of the image, each read along the row.
 template <class T, class Levels>
 TORVEX_HOT_LOOP void levelRows(const Frame& frame, int64_t y0, int64_t y1, uint8_t* bits, int64_t bytesPerLine,
-                               const Levels& levels)
+                               Levels levels)
 {
     const int64_t channels = frame.channels.extent;
     // The values of a row are one run when its channels follow one another;
@@ -318,50 +355,45 @@ TORVEX_HOT_LOOP void levelRows(const Frame& frame, int64_t y0, int64_t y1, uint8
     }
 }
 
+// Tiles are visited in blocks of 256 rows by 64 columns, so that the pages a
+// block reads and writes all stay in the TLB, and down strips of 16 columns
+// within a block. Each column is fetched ahead by this many rows: the hardware
+// does not follow sixteen interleaved streams on its own.
+constexpr int64_t blockRows = 256, blockColumns = 64, fetchAheadRows = 32;
+
 // The tile of up to 16 x 16 pixels at (y, x) of a one-channel image: read
 // down its columns, turned in registers, stored along its rows.
 template <class T, class Levels>
 [[gnu::always_inline]] inline void levelTile(const Frame& frame, int64_t y, int64_t x, int height, int width,
-                                             uint8_t* bits, int64_t bytesPerLine, const Levels& levels)
+                                             uint8_t* bits, int64_t bytesPerLine, Levels levels)
 {
-    std::array<Bytes, lanes> tile{};
-#ifdef PF
-    for (int i = 0; i < width; ++i) __builtin_prefetch(frame.origin + (y + PF) * frame.rows.stride + (x + i) * frame.columns.stride);
-#endif
-    for (int i = 0; i < width; ++i)
-        tile[i] = levels(loadLanes<T>(frame.origin + y * frame.rows.stride + (x + i) * frame.columns.stride,
-                                      frame.rows.stride, height, frame.order));
+    std::array<Bytes, lanes> tile;
+    for (int i = 0; i < lanes; ++i) {
+        if (i >= width) {
+            tile[i] = Bytes{};
+            continue;
+        }
+        const std::byte* top = frame.origin + y * frame.rows.stride + (x + i) * frame.columns.stride;
+        __builtin_prefetch(top + fetchAheadRows * frame.rows.stride);
+        tile[i] = levels(loadLanes<T>(top, frame.rows.stride, height, frame.order));
+    }
     transpose(tile);
     for (int j = 0; j < height; ++j) storeLanes(tile[j], bits + (y + j) * bytesPerLine + x, 1, width);
 }
-
-// Tiles are visited in blocks of this many pixels square: the pages of a
-// block's columns and rows all stay in the TLB, which those of whole rows of
-// tiles do not.
-#ifndef BR
-#define BR 256
-#define BC 256
-#endif
-constexpr int64_t tileBlockRows = BR, tileBlockColumns = BC;
 
 // Rows y0..y1 of a one-channel image whose columns lie closer in memory than
 // its rows, in tiles.
 template <class T, class Levels>
 TORVEX_HOT_LOOP void levelColumnTiles(const Frame& frame, int64_t y0, int64_t y1, uint8_t* bits,
-                                      int64_t bytesPerLine, const Levels& levels)
+                                      int64_t bytesPerLine, Levels levels)
 {
     const int64_t width = frame.columns.extent;
-    for (int64_t blockY = y0; blockY < y1; blockY += tileBlockRows) {
-        const int64_t blockEndY = std::min(blockY + tileBlockRows, y1);
-        for (int64_t blockX = 0; blockX < width; blockX += tileBlockColumns) {
-            const int64_t blockEndX = std::min(blockX + tileBlockColumns, width);
-#ifdef YOUTER
-            for (int64_t y = blockY; y < blockEndY; y += lanes)
-            for (int64_t x = blockX; x < blockEndX; x += lanes)
-#else
+    for (int64_t blockY = y0; blockY < y1; blockY += blockRows) {
+        const int64_t blockEndY = std::min(blockY + blockRows, y1);
+        for (int64_t blockX = 0; blockX < width; blockX += blockColumns) {
+            const int64_t blockEndX = std::min(blockX + blockColumns, width);
             for (int64_t x = blockX; x < blockEndX; x += lanes)
                 for (int64_t y = blockY; y < blockEndY; y += lanes)
-#endif
                     levelTile<T>(frame, y, x, static_cast<int>(std::min<int64_t>(lanes, blockEndY - y)),
                                  static_cast<int>(std::min<int64_t>(lanes, blockEndX - x)), bits, bytesPerLine,
                                  levels);
@@ -376,8 +408,9 @@ void levelFrame(const Frame& frame, int64_t elements, QImage& image, const Level
         frame.channels.extent == 1 && std::abs(frame.rows.stride) < std::abs(frame.columns.stride);
     uint8_t* bits = image.bits();
     const int64_t bytesPerLine = image.bytesPerLine();
-    runInParallel(partsFor(elements), [&](int part, int parts) {
-        const auto [y0, y1] = pieceOf(frame.rows.extent, columnMajor ? lanes : 1, part, parts);
+    const int64_t chunks = chunksFor(elements);
+    runInChunks(chunks, [&](int64_t chunk) {
+        const auto [y0, y1] = pieceOf(frame.rows.extent, columnMajor ? blockRows : 1, chunk, chunks);
         if (columnMajor) levelColumnTiles<T>(frame, y0, y1, bits, bytesPerLine, levels);
         else levelRows<T>(frame, y0, y1, bits, bytesPerLine, levels);
     });

@@ -5,8 +5,9 @@
 #include <cmath>
 #include <cstdlib>
 #include <limits>
+#include <mutex>
 #include <numeric>
-#include <sstream>
+#include <sys/mman.h>
 
 namespace torvex {
 
@@ -136,18 +137,49 @@ std::string shapeText(const Shape& shape)
     return out + ")";
 }
 
+// Where each picked item starts in the storage, and the gathered copy made on demand.
+struct NdArray::Picks {
+    std::vector<int64_t> offsets;
+    std::once_flag gatherOnce;
+    std::optional<NdArray> gathered;
+};
+
 NdArray::NdArray() : shape_{0}, strides_{1} {}
+
+const NdArray& NdArray::regular() const
+{
+    if (!picks_) return *this;
+    std::call_once(picks_->gatherOnce, [this] { picks_->gathered = copy(); });
+    return *picks_->gathered;
+}
+
+const std::byte* NdArray::data() const { return picks_ ? regular().data() : base_ + offset_; }
+
+// Large arrays get their own anonymous mapping: zero-filled by the kernel at no
+// cost, in huge pages where the system allows (far fewer page faults when a
+// stack of frames is filled), and returned to the system when freed.
+static std::shared_ptr<void> allocateStorage(int64_t bytes, bool zeroed)
+{
+    constexpr int64_t kMappedFrom = int64_t(4) << 20;
+    if (bytes >= kMappedFrom) {
+        void* memory = ::mmap(nullptr, static_cast<size_t>(bytes), PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS,
+                              -1, 0);
+        if (memory == MAP_FAILED) fail("cannot allocate " + std::to_string(bytes) + " bytes");
+        ::madvise(memory, static_cast<size_t>(bytes), MADV_HUGEPAGE);
+        return std::shared_ptr<void>(memory, [bytes](void* p) { ::munmap(p, static_cast<size_t>(bytes)); });
+    }
+    const size_t n = std::max<size_t>(static_cast<size_t>(bytes), 1);
+    void* memory = zeroed ? std::calloc(n, 1) : std::malloc(n);
+    if (!memory) fail("cannot allocate " + std::to_string(bytes) + " bytes");
+    return std::shared_ptr<void>(memory, std::free);
+}
 
 NdArray NdArray::allocate(const Shape& shape, DType dtype, bool zeroed)
 {
     const int64_t bytes = checkedMul(elementCount(shape), itemSize(dtype));
-    if (static_cast<uint64_t>(bytes) > std::numeric_limits<size_t>::max() / 2) fail("array is too large");
-    const size_t n = std::max<size_t>(static_cast<size_t>(bytes), 1);
-    void* memory = zeroed ? std::calloc(n, 1) : std::malloc(n);
-    if (!memory) fail("cannot allocate " + std::to_string(bytes) + " bytes");
     NdArray a;
-    a.owner_ = std::shared_ptr<void>(memory, std::free);
-    a.base_ = static_cast<const std::byte*>(memory);
+    a.owner_ = allocateStorage(bytes, zeroed);
+    a.base_ = static_cast<const std::byte*>(a.owner_.get());
     a.storageSize_ = bytes;
     a.shape_ = shape;
     a.strides_ = contiguousStrides(shape, itemSize(dtype));
@@ -192,6 +224,7 @@ NdArray NdArray::viewWith(int64_t offset, Shape shape, Shape strides) const
         if (low < 0 || high + itemSize(dtype_) > storageSize_) fail("view reaches outside its storage");
     }
     NdArray v = *this;
+    v.picks_.reset();
     v.offset_ = offset;
     v.shape_ = std::move(shape);
     v.strides_ = std::move(strides);
@@ -213,7 +246,7 @@ int64_t NdArray::extent(int axis) const
 int64_t NdArray::stride(int axis) const
 {
     checkAxis(axis);
-    return strides_[axis];
+    return regular().strides_[axis];
 }
 
 int64_t NdArray::size() const noexcept
@@ -225,6 +258,7 @@ int64_t NdArray::size() const noexcept
 
 bool NdArray::is_contiguous() const noexcept
 {
+    if (picks_) return false;
     int64_t step = itemsize();
     for (size_t i = shape_.size(); i-- > 0;) {
         if (shape_[i] != 1 && strides_[i] != step) return size() == 0;
@@ -246,6 +280,7 @@ bool NdArray::sharesStorageWith(const NdArray& other) const noexcept
 
 NdArray NdArray::transpose(const std::vector<int>& axes) const
 {
+    if (picks_) return regular().transpose(axes);
     if (static_cast<int>(axes.size()) != ndim()) fail("axes don't match array");
     std::vector<bool> seen(ndim(), false);
     Shape shape, strides;
@@ -262,6 +297,7 @@ NdArray NdArray::transpose(const std::vector<int>& axes) const
 
 NdArray NdArray::flip(int axis) const
 {
+    if (picks_) return regular().flip(axis);
     checkAxis(axis);
     Shape strides = strides_;
     const int64_t offset = offset_ + (shape_[axis] > 0 ? (shape_[axis] - 1) * strides_[axis] : 0);
@@ -271,6 +307,7 @@ NdArray NdArray::flip(int axis) const
 
 NdArray NdArray::slice(int axis, int64_t start, int64_t stop, int64_t step) const
 {
+    if (picks_) return regular().slice(axis, start, stop, step);
     checkAxis(axis);
     if (step <= 0) fail("slice step must be positive");
     const int64_t n = shape_[axis];
@@ -289,12 +326,13 @@ NdArray NdArray::index(int64_t i) const
     checkAxis(0);
     if (i < 0 || i >= shape_[0])
         fail("index " + std::to_string(i) + " is out of bounds for axis 0 with size " + std::to_string(shape_[0]));
-    return viewWith(offset_ + i * strides_[0], Shape(shape_.begin() + 1, shape_.end()),
+    return viewWith(picks_ ? picks_->offsets[i] : offset_ + i * strides_[0], Shape(shape_.begin() + 1, shape_.end()),
                     Shape(strides_.begin() + 1, strides_.end()));
 }
 
 NdArray NdArray::squeeze(int axis) const
 {
+    if (picks_) return regular().squeeze(axis);
     checkAxis(axis);
     if (shape_[axis] != 1) fail("cannot select an axis to squeeze out which has size not equal to one");
     Shape shape = shape_, strides = strides_;
@@ -305,6 +343,7 @@ NdArray NdArray::squeeze(int axis) const
 
 NdArray NdArray::expandDims(int axis) const
 {
+    if (picks_) return regular().expandDims(axis);
     if (axis < 0 || axis > ndim()) fail("axis " + std::to_string(axis) + " is out of bounds");
     Shape shape = shape_, strides = strides_;
     shape.insert(shape.begin() + axis, 1);
@@ -314,6 +353,7 @@ NdArray NdArray::expandDims(int axis) const
 
 NdArray NdArray::reshape(const Shape& shape, char order) const
 {
+    if (picks_) return regular().reshape(shape, order);
     if (order == 'F') {
         // Reading in F order is reading the reversed axes in C order.
         std::vector<int> reverseAxes(ndim());
@@ -373,6 +413,13 @@ void forEachRowPair(const Shape& shape, const std::byte* a, const Shape& strides
 void NdArray::assign(NdArray& dst, const NdArray& src)
 {
     if (dst.shape_ != src.shape_) fail("shapes differ in assignment");
+    if (src.picks_) {
+        for (int64_t i = 0; i < src.shape_[0]; ++i) {
+            NdArray slot = dst.index(i);
+            assign(slot, src.index(i));
+        }
+        return;
+    }
     std::byte* out = dst.mutableData();
     const int n = src.ndim();
     const int64_t inner = n ? src.shape_.back() : 1;
@@ -381,6 +428,10 @@ void NdArray::assign(NdArray& dst, const NdArray& src)
     const ByteOrder order = src.order_;
     const bool plainBytes = src.dtype_ == dst.dtype_ && !needsSwap(order) && !needsSwap(dst.order_);
     const int64_t item = src.itemsize();
+    if (plainBytes && src.is_contiguous() && dst.is_contiguous()) {
+        std::copy_n(src.data(), src.nbytes(), out);
+        return;
+    }
     visitDType(dst.dtype_, [&](auto to) {
         using To = decltype(to);
         visitDType(src.dtype_, [&](auto from) {
@@ -414,13 +465,17 @@ NdArray NdArray::astype(DType dtype) const
 NdArray NdArray::take(const std::vector<int64_t>& indices) const
 {
     checkAxis(0);
-    Shape shape = shape_;
-    shape[0] = static_cast<int64_t>(indices.size());
-    NdArray out = empty(shape, dtype_);
-    for (size_t k = 0; k < indices.size(); ++k) {
-        NdArray slot = out.index(static_cast<int64_t>(k));
-        assign(slot, index(indices[k]));
+    auto picks = std::make_shared<Picks>();
+    picks->offsets.reserve(indices.size());
+    for (int64_t i : indices) {
+        if (i < 0 || i >= shape_[0])
+            fail("index " + std::to_string(i) + " is out of bounds for axis 0 with size " + std::to_string(shape_[0]));
+        picks->offsets.push_back(picks_ ? picks_->offsets[i] : offset_ + i * strides_[0]);
     }
+    NdArray out = *this;
+    out.shape_[0] = static_cast<int64_t>(indices.size());
+    out.picks_ = std::move(picks);
+    out.writeable_ = false; // it reads another array's storage
     return out;
 }
 

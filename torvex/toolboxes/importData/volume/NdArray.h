@@ -46,15 +46,17 @@ public:
     int ndim() const noexcept { return static_cast<int>(shape_.size()); }
     int64_t extent(int axis) const;
     int64_t stride(int axis) const; // in bytes
-    const Shape& byteStrides() const noexcept { return strides_; }
+    const Shape& byteStrides() const { return regular().strides_; }
     int64_t size() const noexcept; // element count
     int64_t nbytes() const noexcept { return size() * itemSize(dtype_); }
     int itemsize() const noexcept { return itemSize(dtype_); }
     bool is_contiguous() const noexcept; // C order, no gaps
+    // Whether the first axis picks items of another array by index (see take).
+    bool is_picked() const noexcept { return picks_ != nullptr; }
     bool writeable() const noexcept { return writeable_; }
 
     // Address of element (0, ..., 0).
-    const std::byte* data() const noexcept { return base_ + offset_; }
+    const std::byte* data() const;
     // Same, for filling a freshly made array; throws for read-only arrays.
     std::byte* mutableData();
     // Whether both arrays live in the same storage (views of one another).
@@ -74,7 +76,10 @@ public:
     // Copies: the result is new, C-contiguous and writeable.
     NdArray copy() const;
     NdArray astype(DType dtype) const;
-    NdArray take(const std::vector<int64_t>& indices) const; // along the first axis
+    // The items at `indices` of the first axis. No element is copied here: the
+    // result picks them from this array's storage, and is gathered into a new
+    // array only when something needs its elements laid out in one block.
+    NdArray take(const std::vector<int64_t>& indices) const;
     NdArray unpackBits() const; // uint8 -> eight 0/1 values, most significant bit first
     // Zeros before and after each axis; `widths` has one (before, after) pair per axis.
     NdArray pad(const std::vector<std::pair<int64_t, int64_t>>& widths) const;
@@ -101,7 +106,11 @@ private:
     DType dtype_ = DType::UInt8;
     ByteOrder order_ = ByteOrder::Native;
     bool writeable_ = false;
+    struct Picks;
+    std::shared_ptr<Picks> picks_;
 
+    // This array, or for a picked one its items gathered once into a new array.
+    const NdArray& regular() const;
     static NdArray allocate(const Shape& shape, DType dtype, bool zeroed);
     static void assign(NdArray& dst, const NdArray& src);
     NdArray viewWith(int64_t offset, Shape shape, Shape strides) const;
@@ -119,6 +128,10 @@ void saveNpy(const NdArray& array, const QString& path);
 template <class Fn> void NdArray::forEach(Fn&& fn) const
 {
     if (size() == 0) return;
+    if (picks_) {
+        for (int64_t i = 0; i < shape_[0]; ++i) index(i).forEach(fn);
+        return;
+    }
     const int n = ndim();
     if (n == 0) {
         fn(data());

@@ -1,0 +1,105 @@
+// Opening a 1 GiB raw volume: reading, zero-copy decoding and the first frame
+// for display, each against the plain system operation it must stay close to.
+#include "toolboxes/importData/volume/DisplayImage.h"
+#include "toolboxes/importData/volume/RawDecoder.h"
+#include "toolboxes/importData/volume/RawFile.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <vector>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+using namespace torvex;
+
+namespace {
+
+constexpr int64_t kWidth = 2048, kHeight = 4096, kFrames = 64;
+constexpr int64_t kBytes = kWidth * kHeight * kFrames * 2;
+
+// Median wall time of several runs, in seconds.
+double medianSeconds(int runs, const std::function<void()>& work)
+{
+    std::vector<double> times;
+    for (int i = 0; i < runs; ++i) {
+        const auto start = std::chrono::steady_clock::now();
+        work();
+        times.push_back(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+    }
+    std::nth_element(times.begin(), times.begin() + runs / 2, times.end());
+    return times[runs / 2];
+}
+
+void writeVolume(const QString& path)
+{
+    std::vector<uint16_t> frame(static_cast<size_t>(kWidth * kHeight));
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly)) std::abort();
+    for (int64_t f = 0; f < kFrames; ++f) {
+        for (size_t i = 0; i < frame.size(); ++i) frame[i] = static_cast<uint16_t>(i * 7 + f * 131);
+        file.write(reinterpret_cast<const char*>(frame.data()), static_cast<qint64>(frame.size() * 2));
+    }
+}
+
+// What any program must do at least: one read() of the file into fresh memory.
+void plainRead(const QString& path)
+{
+    char* buffer = static_cast<char*>(std::malloc(kBytes));
+    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY);
+    for (int64_t done = 0; done < kBytes;) {
+        const ssize_t got = ::read(fd, buffer + done, static_cast<size_t>(std::min<int64_t>(kBytes - done, 1 << 30)));
+        if (got <= 0) break;
+        done += got;
+    }
+    ::close(fd);
+    std::free(buffer);
+}
+
+void report(const char* what, double figure, double reference, const char* referenceName, double limit)
+{
+    const double ratio = figure / reference;
+    std::printf("%-44s %9.3f ms  %-28s %9.3f ms  ratio %8.4f  limit %6.4f  %s\n", what, figure * 1e3,
+                referenceName, reference * 1e3, ratio, limit, ratio <= limit ? "ok" : "MISSED");
+}
+
+} // namespace
+
+int main()
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath("volume_2048x4096x64_u16.raw");
+    writeVolume(path);
+    plainRead(path); // bring the file into the page cache
+
+    std::vector<char> src(kBytes, 1), dst(kBytes, 0);
+    const double memcpySeconds = medianSeconds(5, [&] { std::memcpy(dst.data(), src.data(), kBytes); });
+    dst = {};
+    src = {};
+
+    const QByteArray bytes = readWholeFile(path);
+    for (const char* order : {"C", "F"}) {
+        const RawDecodeParams p{.width = kWidth, .height = kHeight, .frame = kFrames, .readOrder = order};
+        const double decode = medianSeconds(21, [&] { decodeRawVolume(bytes, "16-bit Unsigned", p); });
+        report(order[0] == 'C' ? "decode 1 GiB 16-bit Unsigned, order C" : "decode 1 GiB 16-bit Unsigned, order F",
+               decode, memcpySeconds, "memcpy of 1 GiB", 0.01);
+    }
+
+    const double readSeconds = medianSeconds(5, [&] { plainRead(path); });
+    const double openSeconds = medianSeconds(5, [&] {
+        const QByteArray file = readWholeFile(path);
+        const NdArray stack = *decodeRawVolume(file, "16-bit Unsigned",
+                                               {.width = kWidth, .height = kHeight, .frame = kFrames, .readOrder = "C"});
+        const QImage first = displayImage(stack.index(0));
+        if (first.isNull()) std::abort();
+    });
+    report("open: read + decode + first frame shown", openSeconds, readSeconds, "read() into fresh buffer", 1.3);
+    return 0;
+}

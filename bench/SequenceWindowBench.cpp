@@ -1,0 +1,79 @@
+// The image-sequence side of the window under load: choosing frames in a
+// 1000-frame stack, and opening a folder of 20 000 files.
+#include "toolboxes/importData/ImportData.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QThread>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <functional>
+
+using namespace torvex;
+
+namespace {
+
+double secondsOf(const std::function<void()>& work)
+{
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+void report(const char* what, double seconds, double limit)
+{
+    std::printf("%-58s %9.1f ms  limit %7.1f ms  %s\n", what, seconds * 1e3, limit * 1e3,
+                seconds <= limit ? "ok" : "MISSED");
+}
+
+// A window holding a loaded stack of `frames` 512 x 512 RGB images, all checked.
+void loadStack(ImportData& w, int frames)
+{
+    NdArray stack = NdArray::empty({frames, 512, 512, 3}, DType::UInt8);
+    std::fill_n(stack.mutableData(), stack.nbytes(), std::byte{7});
+    QStringList files;
+    for (int i = 0; i < frames; ++i) files << QString("/data/frame_%1.png").arg(i, 4, 10, QChar('0'));
+    w.ui->comboBox_outputType->setCurrentIndex(1);
+    w.filteredList = files;
+    w._populateImageListWidget(files, true);
+    for (int i = 0; i < frames; ++i) w.checkedIndexes << i;
+    w.imageSequence = stack;
+    w.selectedimageSequence = stack;
+    w._refreshPreview();
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    {
+        ImportData w;
+        loadStack(w, 1000);
+        w.ui->spinBox_rg2->setMaximum(1000);
+        w.ui->spinBox_rg2->setValue(10);
+        report("range 1..1000 chosen in a 1000-frame 512x512 RGB stack",
+               secondsOf([&] { w.ui->spinBox_rg2->setValue(1000); }), 0.1);
+        double worst = 0;
+        for (int row = 0; row < 1000; row += 50)
+            worst = std::max(worst, secondsOf([&] { w.ui->listWidget_imageList->item(row)->setCheckState(Qt::Unchecked); }));
+        report("worst single uncheck in the same stack", worst, 0.1);
+        report("select all again", secondsOf([&] { w.onSelectAll(); }), 0.1);
+    }
+    {
+        QTemporaryDir dir;
+        for (int i = 0; i < 20000; ++i) {
+            QFile file(dir.filePath(QString("img_%1.png").arg(i, 5, 10, QChar('0'))));
+            file.open(QIODevice::WriteOnly);
+        }
+        ImportData w(nullptr, nullptr, {}, {}, true);
+        report("open a folder of 20 000 files until the load starts", secondsOf([&] { w.openFile(dir.path()); }),
+               1.0);
+    }
+    return 0;
+}

@@ -1,0 +1,52 @@
+// The stand-in host: its context, its workspace panel and saving a variable for Python.
+#include "host/AppContext.h"
+#include "host/HostWindow.h"
+#include "host/WorkspacePanel.h"
+#include "toolboxes/importData/ImportData.h"
+
+#include "../support/TempFiles.h"
+
+#include <QTableWidget>
+
+#include <gtest/gtest.h>
+
+using namespace torvex;
+
+TEST(Host, ImportedVariablesShowInThePanelAndSaveForNumPy)
+{
+    QTemporaryDir dir;
+    QByteArray bytes(3 * 4 * 5 * 2, Qt::Uninitialized);
+    for (qsizetype i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<char>(i);
+    const QString raw = test::writeFile(dir.filePath("v.raw"), bytes);
+
+    HostWindow host(raw);
+    EXPECT_EQ(host.appContext()->get_component("workspace_manager"),
+              host.appContext()->get_component("workspace_manager"));
+    EXPECT_EQ(host.appContext()->get_component("other"), nullptr);
+    ImportData* tool = host.importData();
+    tool->ui->comboBox_imgType->setCurrentText("16-bit Unsigned");
+    tool->ui->comboBox_order->setCurrentText("C");
+    tool->ui->spinBox_width->setValue(5);
+    tool->ui->spinBox_height->setValue(4);
+    tool->ui->spinBox_totalFrame->setValue(3);
+    tool->ui->checkBox_vflip->setChecked(true);
+    tool->onImport();
+
+    QTableWidget* table = host.workspacePanel()->table();
+    ASSERT_EQ(table->rowCount(), 1);
+    EXPECT_EQ(table->item(0, 0)->text(), "cdata");
+    EXPECT_EQ(table->item(0, 1)->text(), "(3, 4, 5)");
+    EXPECT_EQ(table->item(0, 2)->text(), "uint16");
+
+    const QString npy = dir.filePath("cdata.npy");
+    EXPECT_EQ(host.workspacePanel()->saveRow(0, npy), "");
+    // NumPy reads what the window showed: rows of each frame upside down.
+    const QString out = test::runPython(
+        "import numpy, sys\n"
+        "a = numpy.load(sys.argv[1])\n"
+        "raw = numpy.fromfile(sys.argv[2], dtype='<u2').reshape(3, 4, 5)[:, ::-1, :]\n"
+        "print(a.shape, a.dtype, bool((a == raw).all()))",
+        {npy, raw});
+    EXPECT_EQ(out, "(3, 4, 5) uint16 True");
+    EXPECT_NE(host.workspacePanel()->saveRow(0, dir.filePath("missing/x.npy")), "");
+}

@@ -1,0 +1,47 @@
+#include "toolboxes/importData/sequence/FileFilter.h"
+
+#include <QElapsedTimer>
+
+#include <gtest/gtest.h>
+
+using namespace torvex;
+
+TEST(FileFilter, MatchesFromTheFirstCharacterWithoutReachingTheEnd)
+{
+    const QStringList files = {"/d/a.png", "/d/a.png.bak", "/d/b.PNG", "/d/scan01.tif", "/d/xscan.tif", "/d/a.tif"};
+    auto wildcard = [&](const QString& w) { return filterFiles(files, wildcardPattern(w), true); };
+    EXPECT_EQ(wildcard("*.png"), (QStringList{"/d/a.png", "/d/a.png.bak"}));
+    EXPECT_EQ(wildcard("scan"), (QStringList{"/d/scan01.tif"}));
+    EXPECT_EQ(wildcard("*.TIF"), QStringList{});
+    EXPECT_EQ(wildcard("*"), files);
+    // "?" keeps its regular-expression meaning: an optional previous character.
+    EXPECT_EQ(wildcard("aa?.tif"), (QStringList{"/d/a.tif"}));
+    // A regular expression sees the full path.
+    EXPECT_EQ(filterFiles(files, "a\\.png", false), QStringList{});
+    EXPECT_EQ(filterFiles(files, ".*/a\\.", false), (QStringList{"/d/a.png", "/d/a.png.bak", "/d/a.tif"}));
+    EXPECT_EQ(filterFiles(files, "", false), files);
+    EXPECT_THROW(filterFiles(files, "(unclosed", false), std::runtime_error);
+}
+
+TEST(FileFilter, CatastrophicPatternsFailFast)
+{
+    QStringList files;
+    for (int i = 0; i < 2000; ++i) files << "/d/" + QString(40, 'a') + "!";
+    QElapsedTimer clock;
+    clock.start();
+    EXPECT_THROW(filterFiles(files, "(a+)+$", false), std::runtime_error);
+    EXPECT_LT(clock.elapsed(), 2000);
+}
+
+TEST(FileFilter, DisplayNamesKeepTheExtension)
+{
+    const QString exact = QString(31, 'n') + ".tif";
+    EXPECT_EQ(displayName(exact), exact);
+    const QString longer = QString(32, 'n') + ".tif";
+    EXPECT_EQ(displayName(longer), QString(28, 'n') + "..." + ".tif");
+    EXPECT_EQ(displayName(longer).size(), 35);
+    // An extension longer than the room cuts the stem from its end.
+    const QString hugeExt = "abcdef." + QString(33, 'e');
+    EXPECT_EQ(displayName(hugeExt), "abcd..." + QString(".") + QString(33, 'e'));
+    EXPECT_EQ(displayName(QString(40, '.')), QString(32, '.') + "...");
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QMainWindow>
+
+#include <memory>
+
+namespace torvex {
+
+class AppContext;
+class ImportData;
+class WorkspacePanel;
+
+// The stand-in host: the Import Data tool beside the workspace it fills.
+class HostWindow : public QMainWindow {
+    Q_OBJECT
+public:
+    explicit HostWindow(const QString& filePath = {}, bool folderMode = false);
+    ~HostWindow() override;
+
+    ImportData* importData() const { return importData_; }
+    WorkspacePanel* workspacePanel() const { return workspacePanel_; }
+    AppContext* appContext() const { return appContext_.get(); }
+
+private:
+    std::unique_ptr<AppContext> appContext_;
+    ImportData* importData_;
+    WorkspacePanel* workspacePanel_;
+};
+
+} // namespace torvex

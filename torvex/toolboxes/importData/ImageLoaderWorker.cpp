@@ -1,0 +1,101 @@
+#include "ImageLoaderWorker.h"
+
+#include "sequence/FrameShape.h"
+#include "sequence/FrameStack.h"
+#include "sequence/Normalise8Bit.h"
+#include "sequence/OrderedParallelDecoder.h"
+#include "sequence/PlaceholderFrame.h"
+#include "sequence/StillImageDecoder.h"
+
+#include <algorithm>
+#include <variant>
+#include <vector>
+
+namespace torvex {
+
+namespace {
+
+// One entry per path: its uint8 image, or the path itself when it did not decode.
+using RawEntry = std::variant<NdArray, QString>;
+
+} // namespace
+
+_ImageLoaderWorker::_ImageLoaderWorker(int load_id, const QStringList& filtered_list)
+    : QObject(nullptr), _load_id(load_id), _filtered_list(filtered_list)
+{
+    qRegisterMetaType<NdArray>();
+}
+
+void _ImageLoaderWorker::cancel() { _cancelled = true; }
+
+void _ImageLoaderWorker::run()
+{
+    try {
+        // First pass: decode every file, in list order. Decoding writes into
+        // the stack's own slots where it can, so equal 8-bit images need no copy.
+        const int total = static_cast<int>(_filtered_list.size());
+        FrameStack stack(total);
+        // Any failure sends the file to the placeholder path, without a report.
+        const auto decodeToUInt8 = [&stack](int index, const QString& path) noexcept -> std::optional<NdArray> {
+            try {
+                const auto intoSlot = [&](const Shape& shape, DType dtype) {
+                    return stack.decodeTarget(index, shape, dtype);
+                };
+                return normaliseToUInt8(decodeStillImage(path, intoSlot));
+            } catch (...) {
+                return std::nullopt;
+            }
+        };
+        std::vector<RawEntry> raw;
+        raw.reserve(total);
+        std::vector<int> channel_counts;
+        int64_t maxH = 0, maxW = 0;
+        {
+            OrderedParallelDecoder decoder(_filtered_list, decodeToUInt8, _cancelled);
+            for (int idx = 0; idx < total; ++idx) {
+                if (_cancelled) return;
+                if (std::optional<NdArray> image = decoder.take(idx)) {
+                    maxH = std::max(maxH, image->extent(0));
+                    maxW = std::max(maxW, image->extent(1));
+                    channel_counts.push_back(channelCountOf(*image));
+                    raw.emplace_back(std::move(*image));
+                } else {
+                    raw.emplace_back(_filtered_list[idx]);
+                }
+                emit progress(idx + 1, total);
+            }
+        }
+
+        // Between the passes.
+        if (_cancelled) return;
+        const bool allGray = !channel_counts.empty()
+                             && std::all_of(channel_counts.begin(), channel_counts.end(), [](int c) { return c == 1; });
+        const int target_channels = allGray ? 1 : 3;
+        // Only when nothing decoded: placeholders then get a canvas of their own.
+        if (maxH == 0) maxH = 256;
+        if (maxW == 0) maxW = 256;
+        const Shape frameShape = target_channels == 1 ? Shape{maxH, maxW} : Shape{maxH, maxW, 3};
+
+        // Second pass: one frame per entry, placed in the stack at once; each
+        // raw image is released as its frame is placed.
+        for (int idx = 0; idx < total; ++idx) {
+            if (_cancelled) return;
+            RawEntry& entry = raw[idx];
+            NdArray frame = std::holds_alternative<QString>(entry)
+                                ? renderPlaceholderFrame(std::get<QString>(entry), maxW, maxH, target_channels)
+                                : std::move(std::get<NdArray>(entry));
+            entry = QString();
+            frame = unifyChannels(frame, target_channels);
+            stack.place(idx, padToCentre(frame, maxH, maxW), frameShape);
+        }
+
+        if (_cancelled) return;
+        emit finished(_load_id, stack.take());
+    } catch (const std::exception& e) {
+        if (!_cancelled) emit error(_load_id, QString::fromUtf8(e.what()));
+    } catch (...) {
+        if (!_cancelled) emit error(_load_id, QStringLiteral("unknown failure"));
+    }
+}
+
+} // namespace torvex

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "toolboxes/importData/volume/NdArray.h"
+
+#include <QObject>
+#include <QString>
+#include <QStringList>
+
+#include <atomic>
+
+namespace torvex {
+
+// Loads a list of files into one uint8 stack of shape (N, H, W) or
+// (N, H, W, 3), one frame per path in list order, off the GUI thread. A file
+// that is no image becomes a placeholder frame showing its name and content.
+// Every image is stretched to 8 bits on its own, brought to one channel count
+// and centred on the largest height and width with zeros.
+//
+// Meant to be moved to its own QThread and started by its `started` signal.
+// A run ends with `finished`, with `error`, or, once cancelled, silently.
+class _ImageLoaderWorker : public QObject {
+    Q_OBJECT
+public:
+    _ImageLoaderWorker(int load_id, const QStringList& filtered_list);
+
+    // Called from another thread while run() works: the run stops at its next
+    // check and sends neither `finished` nor `error`.
+    void cancel();
+
+    const int _load_id;
+    const QStringList _filtered_list;
+    std::atomic<bool> _cancelled{false};
+
+public slots:
+    void run();
+
+signals:
+    void progress(int done, int total);
+    void finished(int load_id, torvex::NdArray image_sequence);
+    void error(int load_id, QString msg);
+};
+
+} // namespace torvex

@@ -1,0 +1,140 @@
+#include "ImportData.h"
+
+#include "ImageLoaderWorker.h"
+#include "PreviewSurface.h"
+#include "toolboxes/importData/ImportDataForm.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QMenu>
+#include <QPalette>
+#include <QThread>
+#include <QVBoxLayout>
+
+namespace torvex {
+
+ImportData::ImportData(QWidget* parent, AppContext* app_context, const QString& styleSheet, const QString& filePath,
+                       bool folderMode)
+    : QMainWindow(nullptr) // always top-level: the host's window is only a palette and status bar source
+{
+    setStyleSheet(styleSheet);
+    ui = std::make_unique<Ui::ImportData>();
+    ui->setupUi(this);
+    // Ask for no more than the small hint, so the window never holds up a host's splitter.
+    setMinimumSize(0, 0);
+    ui->centralwidget->setMinimumSize(0, 0);
+    ui->statusbar->showMessage("Ready", 5000);
+    setWindowTitle("Import Data");
+    setWindowIcon(getIcon("windowIcon"));
+
+    parentApp = parent;
+    this->app_context = app_context;
+    setContextMenuPolicy(Qt::PreventContextMenu);
+    ui->pushButton_import->setIcon(getIcon("windowIcon"));
+
+    ui->statusbar->setStyleSheet("background-color: #16825d;color: #ffffff;font-size: 9pt;");
+    _pixel_info_label = new QLabel;
+    _pixel_info_label->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    _pixel_info_label->setStyleSheet("color: #ffffff; font-size: 9pt; padding-right: 6px;");
+    _bytes_badge = new QLabel;
+    _bytes_badge->setAlignment(Qt::AlignCenter);
+    _bytes_badge->hide();
+    ui->statusbar->addPermanentWidget(_pixel_info_label);
+    ui->statusbar->addPermanentWidget(_bytes_badge);
+
+    _showFrameSlider(false);
+
+    connect(ui->horizontalSlider_frame, &QSlider::valueChanged, ui->spinBox_frame, &QSpinBox::setValue);
+    connect(ui->spinBox_frame, &QSpinBox::valueChanged, ui->horizontalSlider_frame, &QSlider::setValue);
+    connect(ui->spinBox_frame, &QSpinBox::valueChanged, this, &ImportData::onFrameChanged);
+    connect(ui->comboBox_outputType, &QComboBox::currentIndexChanged, this, &ImportData::onParametersChanged);
+    connect(ui->comboBox_imgType, &QComboBox::currentIndexChanged, this, &ImportData::onParametersChanged);
+    connect(ui->spinBox_offset, &QSpinBox::valueChanged, this, &ImportData::onParametersChanged);
+    connect(ui->spinBox_gap, &QSpinBox::valueChanged, this, &ImportData::onParametersChanged);
+    connect(ui->spinBox_width, &QSpinBox::valueChanged, this, &ImportData::onParametersChanged);
+    connect(ui->spinBox_height, &QSpinBox::valueChanged, this, &ImportData::onParametersChanged);
+    connect(ui->spinBox_totalFrame, &QSpinBox::valueChanged, this, &ImportData::onTotalFrameChanged);
+    connect(ui->spinBox_totalFrame, &QSpinBox::valueChanged, this, &ImportData::onParametersChanged);
+    connect(ui->comboBox_permute, &QComboBox::currentIndexChanged, this, &ImportData::onImgTransferChanged);
+    connect(ui->checkBox_hflip, &QCheckBox::stateChanged, this, &ImportData::onImgTransferChanged);
+    connect(ui->checkBox_vflip, &QCheckBox::stateChanged, this, &ImportData::onImgTransferChanged);
+    connect(ui->comboBox_order, &QComboBox::currentIndexChanged, this, &ImportData::onParametersChanged);
+    connect(ui->comboBox_colorOrder, &QComboBox::currentIndexChanged, this, &ImportData::onParametersChanged);
+    connect(ui->checkBox_littleEndian, &QCheckBox::stateChanged, this, &ImportData::onParametersChanged);
+    connect(ui->radioButton_filter, &QRadioButton::clicked, this, &ImportData::onFilterChanged);
+    connect(ui->radioButton_regex, &QRadioButton::clicked, this, &ImportData::onFilterChanged);
+    connect(ui->lineEdit_filter, &QLineEdit::editingFinished, this, &ImportData::onFilterChanged);
+    connect(ui->spinBox_rg1, &QSpinBox::valueChanged, this, [this] { onSelectedRangeChanged("S"); });
+    connect(ui->spinBox_rg2, &QSpinBox::valueChanged, this, [this] { onSelectedRangeChanged("E"); });
+    connect(ui->pushButton_allSelection, &QPushButton::clicked, this, &ImportData::onSelectAll);
+    connect(ui->listWidget_imageList, &QListWidget::itemChanged, this, &ImportData::onSelectionChanged);
+    connect(ui->listWidget_imageList, &QListWidget::currentRowChanged, this, &ImportData::onImageListRowChanged);
+    connect(ui->pushButton_2, &QPushButton::clicked, this, &ImportData::onOpenFiles);
+    connect(ui->pushButton, &QPushButton::clicked, this, &ImportData::onOpenFolder);
+    connect(ui->pushButton_import, &QPushButton::clicked, this, &ImportData::onImport);
+    connect(ui->pushButton_generate_function, &QPushButton::clicked, this, &ImportData::onGenerateFunction);
+    connect(ui->listWidget_data, &QListWidget::itemChanged, this, &ImportData::onValidate_item_text);
+    connect(ui->listWidget_data, &QListWidget::currentItemChanged, this, &ImportData::onDataItemSelected);
+
+    const QPalette palette = parentApp ? parentApp->palette() : QApplication::palette();
+    const QColor background = palette.color(QPalette::Window);
+    const QColor text = palette.color(QPalette::WindowText);
+    _buildPreviewSurface(ui->page_prev_stackImages, preview_layoutWin, preview_ImgItem, _preview_plot, background,
+                         text);
+    connect(preview_layoutWin->scene(), &PreviewScene::sigMouseMoved, this, &ImportData::_onVolumeMouseMoved);
+    _buildPreviewSurface(ui->widget_prev_images, preview_layoutWin2, preview_ImgItem2, _preview_plot2, background,
+                         text);
+    connect(preview_layoutWin2->scene(), &PreviewScene::sigMouseMoved, this, &ImportData::_onImageSeqMouseMoved);
+
+    if (folderMode) {
+        ui->comboBox_outputType->setCurrentIndex(1);
+        ui->comboBox_outputType->setEnabled(false);
+        ui->stackedWidget_preview->setCurrentIndex(1);
+    }
+    if (!filePath.isEmpty()) openFile(filePath);
+    setAcceptDrops(true);
+}
+
+ImportData::~ImportData()
+{
+    // Load threads are children of the window: each must have ended before it goes.
+    if (_loader_worker) _loader_worker->cancel();
+    for (QThread* thread : findChildren<QThread*>(QString(), Qt::FindDirectChildrenOnly)) {
+        thread->quit();
+        thread->wait();
+    }
+}
+
+QSize ImportData::minimumSizeHint() const { return {200, 150}; }
+
+void ImportData::_buildPreviewSurface(QWidget* holder, PreviewSurface*& surface, PreviewImageItem*& image,
+                                      PreviewPlot*& plot, const QColor& background, const QColor& text)
+{
+    auto* layout = new QVBoxLayout(holder);
+    layout->setSpacing(0);
+    layout->setContentsMargins(0, 0, 0, 0);
+    surface = new PreviewSurface(parentApp);
+    image = new PreviewImageItem;
+    plot = surface->addPlot();
+    plot->invertY(true);
+    plot->addItem(image);
+    plot->getMenu()->setStyleSheet("QMenu {background-color: " + background.name() + "; color: " + text.name() +
+                                   ";} QMenu::item:selected {background-color: rgb(0, 120, 212);}");
+    plot->setAspectLocked(true);
+    surface->setBackground(background);
+    layout->addWidget(surface);
+}
+
+void ImportData::_resetSource()
+{
+    readedBinary.reset();
+    prasedData.reset();
+    transferedData.reset();
+    fileList.reset();
+    filteredList.reset();
+    imageSequence.reset();
+    selectedimageSequence.reset();
+    checkedIndexes.clear();
+}
+
+} // namespace torvex

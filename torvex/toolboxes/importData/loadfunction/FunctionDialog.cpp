@@ -1,0 +1,87 @@
+// The window's Generate Function dialog and the saving of its text.
+#include "toolboxes/importData/ImportData.h"
+
+#include "ImageSequenceLoadFunction.h"
+#include "VolumeLoadFunction.h"
+#include "toolboxes/importData/ImportDataForm.h"
+
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QFileDialog>
+#include <QFontDatabase>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSaveFile>
+#include <QTextEdit>
+#include <QVBoxLayout>
+
+namespace torvex {
+
+QString ImportData::_gen_function(const LoadFunctionParams& p) { return volumeLoadFunctionText(p); }
+
+void ImportData::onGenerateFunction()
+{
+    try {
+        QString function_body;
+        if (ui->comboBox_outputType->currentText() == "Volume Data") {
+            function_body = _gen_function({.imgType = ui->comboBox_imgType->currentText(),
+                                           .offset = ui->spinBox_offset->value(),
+                                           .gap = ui->spinBox_gap->value(),
+                                           .width = ui->spinBox_width->value(),
+                                           .height = ui->spinBox_height->value(),
+                                           .frame = ui->spinBox_totalFrame->value(),
+                                           .littleEndian = ui->checkBox_littleEndian->isChecked(),
+                                           .readOrder = ui->comboBox_order->currentText(),
+                                           .colorOrder = ui->comboBox_colorOrder->currentText(),
+                                           .permute = ui->comboBox_permute->currentText(),
+                                           .hflip = ui->checkBox_hflip->isChecked(),
+                                           .vflip = ui->checkBox_vflip->isChecked(),
+                                           .data_format = ui->comboBox_out_format->currentText(),
+                                           .keep_c_on_gray = ui->checkBox_keepc->isChecked()});
+        } else {
+            QStringList file_list;
+            if (const QListWidgetItem* current = ui->listWidget_data->currentItem()) {
+                const QVariant stored = current->data(Qt::UserRole);
+                if (stored.canConvert<DataEntry>()) file_list = stored.value<DataEntry>().file_list.value_or(QStringList());
+            }
+            function_body = imageSequenceLoadFunctionText(file_list, ui->lineEdit_filter->text(),
+                                                          ui->radioButton_regex->isChecked());
+        }
+
+        QDialog dialog(this);
+        dialog.setWindowTitle("Generated Load Function");
+        dialog.setMinimumSize(600, 400);
+        auto* layout = new QVBoxLayout(&dialog);
+        auto* textEdit = new QTextEdit(&dialog);
+        textEdit->setPlainText(function_body);
+        textEdit->setReadOnly(true);
+        textEdit->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+        textEdit->setLineWrapMode(QTextEdit::NoWrap);
+        layout->addWidget(textEdit);
+        auto* buttonBox = new QDialogButtonBox(QDialogButtonBox::Ok, &dialog);
+        QPushButton* buttonSave = buttonBox->addButton("Save to File", QDialogButtonBox::ActionRole);
+        connect(buttonSave, &QPushButton::clicked, this, [this, function_body] { onSaveToFile(function_body); });
+        connect(buttonBox, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
+        layout->addWidget(buttonBox);
+        dialog.exec();
+    } catch (const std::exception& e) {
+        QMessageBox::critical(this, "Error", "Failed to generate function: " + QString::fromStdString(e.what()));
+    }
+}
+
+void ImportData::onSaveToFile(const QString& function_body)
+{
+    const QString fileName = QFileDialog::getSaveFileName(this, "Save Function to File", "",
+                                                          "Python Files (*.py);;All Files (*)");
+    if (fileName.isEmpty()) return;
+    // Written beside the target and renamed over it: a failure keeps the earlier file whole.
+    QSaveFile file(fileName);
+    const QByteArray utf8 = function_body.toUtf8();
+    if (!file.open(QIODevice::WriteOnly) || file.write(utf8) != utf8.size() || !file.commit()) {
+        QMessageBox::critical(this, "Error", "Failed to save function: " + file.errorString());
+        return;
+    }
+    QMessageBox::information(this, "Success", "Function saved successfully.");
+}
+
+} // namespace torvex

@@ -1,0 +1,156 @@
+#include "StillImageDecoder.h"
+
+#include "GifIndices.h"
+#include "IndexedImage.h"
+#include "StoredColour.h"
+#include "TiffLowDepth.h"
+
+#include <OpenImageIO/imageio.h>
+
+#include <QFile>
+
+#include <filesystem>
+#include <mutex>
+#include <optional>
+#include <stdexcept>
+#include <vector>
+
+namespace torvex {
+
+namespace {
+
+[[noreturn]] void fail(const std::string& text) { throw std::runtime_error(text); }
+
+void applyDecoderLimits()
+{
+    static std::once_flag once;
+    std::call_once(once, [] { OIIO::attribute("limits:imagesize_MB", kMaxDecodedImageMegabytes); });
+}
+
+// The array type that holds a stored type unchanged, if there is one.
+std::optional<DType> arrayTypeOf(OIIO::TypeDesc::BASETYPE type)
+{
+    switch (type) {
+    case OIIO::TypeDesc::UINT8: return DType::UInt8;
+    case OIIO::TypeDesc::INT16: return DType::Int16;
+    case OIIO::TypeDesc::UINT16: return DType::UInt16;
+    case OIIO::TypeDesc::INT32: return DType::Int32;
+    case OIIO::TypeDesc::UINT32: return DType::UInt32;
+    case OIIO::TypeDesc::HALF: return DType::Float16;
+    case OIIO::TypeDesc::FLOAT: return DType::Float32;
+    case OIIO::TypeDesc::DOUBLE: return DType::Float64;
+    default: return std::nullopt;
+    }
+}
+
+void readInto(OIIO::ImageInput& input, OIIO::TypeDesc type, void* buffer)
+{
+    const int channels = input.spec().nchannels;
+    if (!input.read_image(0, 0, 0, channels, type, buffer) || input.has_error()) fail(input.geterror());
+}
+
+// Types without an array type of their own are widened by value, not through
+// the decoder's conversion, which would rescale them to the new type's range.
+template <class From, class To>
+NdArray readWidened(OIIO::ImageInput& input, OIIO::TypeDesc stored, const Shape& shape, DType to)
+{
+    std::vector<From> values(static_cast<size_t>(elementCount(shape)));
+    readInto(input, stored, values.data());
+    NdArray out = NdArray::empty(shape, to);
+    std::copy(values.begin(), values.end(), reinterpret_cast<To*>(out.mutableData()));
+    return out;
+}
+
+NdArray readPixels(OIIO::ImageInput& input, const PixelAllocator& allocate)
+{
+    const OIIO::ImageSpec& spec = input.spec();
+    if (spec.width <= 0 || spec.height <= 0 || spec.nchannels <= 0 || spec.depth != 1)
+        fail("not a two-dimensional image");
+    if (spec.image_bytes(true) > uint64_t(kMaxDecodedImageMegabytes) << 20) fail("image is too large");
+    Shape shape{spec.height, spec.width};
+    if (spec.nchannels > 1) shape.push_back(spec.nchannels);
+
+    // Channels of different types (as in some EXR files) are read as float.
+    const OIIO::TypeDesc stored = spec.channelformats.empty() ? spec.format : OIIO::TypeFloat;
+    const auto base = static_cast<OIIO::TypeDesc::BASETYPE>(stored.basetype);
+    if (const auto dtype = arrayTypeOf(base)) {
+        NdArray out = allocate(shape, *dtype);
+        readInto(input, stored, out.mutableData());
+        return out;
+    }
+    switch (base) {
+    case OIIO::TypeDesc::INT8: return readWidened<int8_t, int16_t>(input, stored, shape, DType::Int16);
+    case OIIO::TypeDesc::INT64: return readWidened<int64_t, double>(input, stored, shape, DType::Float64);
+    case OIIO::TypeDesc::UINT64: return readWidened<uint64_t, double>(input, stored, shape, DType::Float64);
+    default: fail("unsupported pixel type " + std::string(stored.c_str()));
+    }
+}
+
+// The decoder widens 1-bit pixels to 0 and 255; a bilevel image holds 0 and 1.
+NdArray narrowToBits(NdArray widened)
+{
+    std::byte* p = widened.mutableData();
+    for (int64_t i = 0; i < widened.size(); ++i) p[i] = std::byte{p[i] != std::byte{0}};
+    return widened;
+}
+
+DecodedImage decodeIndexed(const OIIO::ImageInput& input, const QString& path)
+{
+    IndexedImage indexed = readIndexedImage(path);
+    const QRgb black = qRgb(0, 0, 0), white = qRgb(255, 255, 255);
+    const QList<QRgb>& table = indexed.colourTable;
+    // A 1-bit BMP always carries a table; with black and white it is a bilevel
+    // image. Its reader may reorder that table, so each pixel's colour decides.
+    if (input.format_name() == std::string_view("bmp") && input.spec().get_int_attribute("bmp:bitsperpixel") == 1
+        && table.size() == 2 && table.contains(black) && table.contains(white)) {
+        const std::byte whiteIndex{static_cast<unsigned char>(table.indexOf(white))};
+        std::byte* p = indexed.indices.mutableData();
+        for (int64_t i = 0; i < indexed.indices.size(); ++i) p[i] = std::byte{p[i] == whiteIndex};
+        return {indexed.indices, true};
+    }
+    return {indexed.indices, false};
+}
+
+// Opens with the stored values kept: by default the decoder multiplies colour
+// by alpha, and with `rawColour` false it also converts CMYK to RGB.
+OIIO::ImageInput::unique_ptr openImage(const std::string& file, bool rawColour)
+{
+    OIIO::ImageSpec config;
+    config.attribute("oiio:UnassociatedAlpha", 1);
+    if (rawColour) config.attribute("oiio:RawColor", 1);
+    auto input = OIIO::ImageInput::open(file, &config);
+    if (!input) fail(OIIO::geterror());
+    input->threads(1); // the loader itself decodes files in parallel
+    return input;
+}
+
+} // namespace
+
+DecodedImage decodeStillImage(const QString& path, const PixelAllocator& allocate)
+{
+    applyDecoderLimits();
+    const std::string file = QFile::encodeName(path).toStdString();
+    // A pipe or device would block the reader or never end.
+    std::error_code ec;
+    if (!std::filesystem::is_regular_file(file, ec)) fail("not a regular file");
+
+    auto input = openImage(file, false);
+    const std::string format = input->format_name();
+    if (format == "gif") return {readGifIndices(path).indices, false};
+    if (format == "tiff")
+        if (auto lowDepth = readTiffLowDepth(path)) return *lowDepth;
+    const StoredColour colour = storedColourOf(*input, path);
+    if (colour == StoredColour::Palette) return decodeIndexed(*input, path);
+    if (format == "tiff" && input->spec().get_int_attribute("tiff:PhotometricInterpretation") == 5) {
+        // Raw colour only for CMYK: it would also leave YCbCr files unconverted.
+        input = openImage(file, true);
+    }
+    if (colour == StoredColour::Bilevel) {
+        const NdArray pixels = readPixels(*input, NdArray::empty);
+        if (pixels.dtype() == DType::UInt8) return {narrowToBits(pixels), true};
+        return {pixels, false};
+    }
+    return {readPixels(*input, allocate), false};
+}
+
+} // namespace torvex

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "toolboxes/importData/volume/NdArray.h"
+
+#include <QString>
+
+#include <functional>
+
+namespace torvex {
+
+// One still image as its file stores it.
+struct DecodedImage {
+    // (H, W) for one channel, else (H, W, C), in the stored element type:
+    // nothing is converted to RGB or to 8 bits. Palette images hold their
+    // palette indices as uint8.
+    NdArray pixels;
+    // A 1-bit image: pixels are 0 and 1 and count as booleans, which are
+    // stretched like any non-8-bit type rather than passed through.
+    bool bilevel = false;
+};
+
+// Gives the array that stored pixels are decoded into, so a caller can place
+// them where they are finally needed.
+using PixelAllocator = std::function<NdArray(const Shape& shape, DType dtype)>;
+
+// Decodes the first image of `path`. Throws std::runtime_error for anything
+// that is not a readable still image: unknown format, truncated or vanished
+// file, a header that claims an absurd size, a pixel type with no array type.
+// Channel values are decoded into memory from `allocate`; palette and 1-bit
+// images, which are rewritten after decoding, always get arrays of their own.
+DecodedImage decodeStillImage(const QString& path, const PixelAllocator& allocate = NdArray::empty);
+
+// Largest decoded image accepted, so a hostile header cannot make the decoder
+// allocate absurd amounts.
+constexpr int kMaxDecodedImageMegabytes = 4096;
+
+} // namespace torvex

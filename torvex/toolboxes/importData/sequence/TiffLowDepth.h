@@ -1,0 +1,17 @@
+#pragma once
+
+#include "StillImageDecoder.h"
+
+#include <optional>
+
+namespace torvex {
+
+// Reads an uncompressed, stripped TIFF whose one sample per pixel is a
+// palette index (1 to 8 bits) or a 1-bit gray value. The general decoder
+// expands palette indices to colours and misreads 1-bit files that leave out
+// the bits-per-sample tag, which defaults to 1. Bilevel files come back as
+// 0/1 with 1 for white. None for any other TIFF, which the general decoder
+// reads correctly; throws std::runtime_error for a file that breaks off.
+std::optional<DecodedImage> readTiffLowDepth(const QString& path);
+
+} // namespace torvex

@@ -1,0 +1,106 @@
+// The window's preview of the current stack, its frame controls and the pixel readout.
+#include "toolboxes/importData/ImportData.h"
+
+#include "PixelReadout.h"
+#include "toolboxes/importData/PreviewSurface.h"
+#include "toolboxes/importData/ImportDataForm.h"
+
+#include <QItemSelectionModel>
+#include <QLabel>
+
+namespace torvex {
+
+void ImportData::_showFrame(PreviewImageItem* item, const NdArray& frame)
+{
+    try {
+        item->setImage(frame);
+    } catch (const std::exception& e) {
+        item->clear();
+        ui->statusbar->showMessage("Error: " + QString::fromStdString(e.what()), 5000);
+    }
+}
+
+void ImportData::_refreshPreview()
+{
+    const QString outputType = ui->comboBox_outputType->currentText();
+    const bool volume = outputType == "Volume Data";
+    if (!volume && outputType != "Image Sequence") return;
+    const std::optional<NdArray>& stack = volume ? transferedData : selectedimageSequence;
+    PreviewImageItem* item = volume ? preview_ImgItem : preview_ImgItem2;
+    if (!stack || stack->ndim() == 0 || stack->extent(0) == 0) {
+        item->clear();
+        return;
+    }
+
+    const int n = static_cast<int>(std::min<int64_t>(stack->extent(0), std::numeric_limits<int>::max()));
+    _showFrameSlider(n > 1);
+    ui->horizontalSlider_frame->setMaximum(n);
+    ui->spinBox_frame->setMaximum(n);
+    ui->label_totalFrame->setText("/ " + QString::number(n));
+    const int frameIdx = std::max(1, std::min(ui->spinBox_frame->value(), n));
+    if (frameIdx != ui->spinBox_frame->value()) {
+        ui->spinBox_frame->blockSignals(true);
+        ui->horizontalSlider_frame->blockSignals(true);
+        ui->spinBox_frame->setValue(frameIdx);
+        ui->horizontalSlider_frame->setValue(frameIdx);
+        ui->spinBox_frame->blockSignals(false);
+        ui->horizontalSlider_frame->blockSignals(false);
+    }
+    _showFrame(item, stack->index(frameIdx - 1));
+
+    if (volume) {
+        if (_pending_add_entry) {
+            _addDataEntry("cdata", "Volume Data", transferedData);
+            _pending_add_entry = false;
+        }
+        return;
+    }
+    if (_pending_add_entry) {
+        _addDataEntry("data_imgs", "Image Sequence", selectedimageSequence, filteredList);
+        _pending_add_entry = false;
+    }
+    // Point the image list at the file behind the frame shown.
+    const int listIdx = ui->spinBox_frame->value() - 1;
+    if (!checkedIndexes.isEmpty() && listIdx < checkedIndexes.size() &&
+        checkedIndexes[listIdx] < ui->listWidget_imageList->count()) {
+        QListWidgetItem* row = ui->listWidget_imageList->item(checkedIndexes[listIdx]);
+        ui->listWidget_imageList->selectionModel()->clearSelection();
+        row->setSelected(true);
+        ui->listWidget_imageList->scrollToItem(row);
+        ui->statusbar->showMessage(row->toolTip(), 5000);
+    }
+}
+
+void ImportData::onFrameChanged()
+{
+    const QString outputType = ui->comboBox_outputType->currentText();
+    if (outputType == "Volume Data") {
+        if (const auto frame = _frameAt(transferedData)) _showFrame(preview_ImgItem, *frame);
+        else preview_ImgItem->clear();
+    } else if (outputType == "Image Sequence" && filteredList) {
+        _refreshPreview();
+    }
+}
+
+std::optional<NdArray> ImportData::_frameAt(const std::optional<NdArray>& stack) const
+{
+    const int64_t index = ui->spinBox_frame->value() - 1;
+    if (!stack || stack->ndim() == 0 || index < 0 || index >= stack->extent(0)) return std::nullopt;
+    return stack->index(index);
+}
+
+void ImportData::_onVolumeMouseMoved(const QPointF& pos) { _onPreviewMouseMoved(pos, _preview_plot, _frameAt(transferedData)); }
+
+void ImportData::_onImageSeqMouseMoved(const QPointF& pos)
+{
+    _onPreviewMouseMoved(pos, _preview_plot2, _frameAt(selectedimageSequence));
+}
+
+void ImportData::_onPreviewMouseMoved(const QPointF& pos, PreviewPlot* plot, const std::optional<NdArray>& frame)
+{
+    std::optional<QString> text;
+    if (frame && plot->sceneBoundingRect().contains(pos)) text = pixelReadout(*frame, plot->mapSceneToView(pos));
+    _pixel_info_label->setText(text.value_or(QString()));
+}
+
+} // namespace torvex

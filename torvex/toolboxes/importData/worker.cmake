@@ -1,0 +1,1 @@
+target_sources(importdata PRIVATE ImageLoaderWorker.h ImageLoaderWorker.cpp)

@@ -29,7 +29,7 @@ TEST(FileFilter, CatastrophicPatternsFailFast)
     for (int i = 0; i < 2000; ++i) files << "/d/" + QString(40, 'a') + "!";
     QElapsedTimer clock;
     clock.start();
-    EXPECT_THROW(filterFiles(files, "(a+)+$", false), std::runtime_error);
+    EXPECT_THROW(filterFiles(files, "/d/(a+)+$", false), std::runtime_error);
     EXPECT_LT(clock.elapsed(), 2000);
 }
 

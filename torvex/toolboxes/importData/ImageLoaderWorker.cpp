@@ -7,6 +7,8 @@
 #include "sequence/PlaceholderFrame.h"
 #include "sequence/StillImageDecoder.h"
 
+#include <QCoreApplication>
+
 #include <algorithm>
 #include <variant>
 #include <vector>
@@ -30,6 +32,16 @@ void _ImageLoaderWorker::cancel() { _cancelled = true; }
 
 void _ImageLoaderWorker::run()
 {
+    // However the run ends, hand the worker back to the GUI thread, so that its
+    // deletion when the thread ends happens there and never races with the
+    // window's cancel().
+    struct ReturnToGuiThread {
+        QObject* worker;
+        ~ReturnToGuiThread()
+        {
+            if (QCoreApplication* app = QCoreApplication::instance()) worker->moveToThread(app->thread());
+        }
+    } returnToGuiThread{this};
     try {
         // First pass: decode every file, in list order. Decoding writes into
         // the stack's own slots where it can, so equal 8-bit images need no copy.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "toolboxes/importData/ImageLoaderWorker.h"
 #include "toolboxes/importData/ImportDataForm.h"
 #include "toolboxes/importData/entries/DataEntry.h"
 #include "toolboxes/importData/entries/VolumeParams.h"
@@ -27,7 +28,6 @@ class QThread;
 namespace torvex {
 
 class AppContext;
-class _ImageLoaderWorker;
 class PreviewImageItem;
 class PreviewPlot;
 class PreviewSurface;

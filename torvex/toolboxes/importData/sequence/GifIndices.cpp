@@ -71,7 +71,9 @@ std::vector<uint8_t> decompress(const QByteArray& data, int minCodeSize, size_t 
         bits >>= codeSize;
         bitCount -= codeSize;
         if (code == clear) {
-            codeSize = minCodeSize + 1, next = end + 1, previous = -1;
+            codeSize = minCodeSize + 1;
+            next = end + 1;
+            previous = -1;
             continue;
         }
         if (code == end) break;

@@ -15,19 +15,27 @@ char32_t decodeUtf8(const QByteArray& bytes, qsizetype& i)
         ++i;
         return lead;
     }
+    // Length, payload bits of the lead byte, and the allowed range of the second
+    // byte, which excludes overlong forms, surrogates and code points past U+10FFFF.
     int length;
     char32_t cp;
-    unsigned char low = 0x80, high = 0xBF; // allowed range of the second byte
-    if (lead >= 0xC2 && lead <= 0xDF) length = 2, cp = lead & 0x1F;
-    else if (lead >= 0xE0 && lead <= 0xEF) {
-        length = 3, cp = lead & 0x0F;
-        if (lead == 0xE0) low = 0xA0;  // overlong
-        if (lead == 0xED) high = 0x9F; // surrogates
+    unsigned char low = 0x80, high = 0xBF;
+    if (lead >= 0xC2 && lead <= 0xDF) {
+        length = 2;
+        cp = lead & 0x1F;
+    } else if (lead >= 0xE0 && lead <= 0xEF) {
+        length = 3;
+        cp = lead & 0x0F;
+        if (lead == 0xE0) low = 0xA0;
+        if (lead == 0xED) high = 0x9F;
     } else if (lead >= 0xF0 && lead <= 0xF4) {
-        length = 4, cp = lead & 0x07;
-        if (lead == 0xF0) low = 0x90;  // overlong
-        if (lead == 0xF4) high = 0x8F; // above U+10FFFF
-    } else return char32_t(-1);
+        length = 4;
+        cp = lead & 0x07;
+        if (lead == 0xF0) low = 0x90;
+        if (lead == 0xF4) high = 0x8F;
+    } else {
+        return char32_t(-1);
+    }
     if (i + length > bytes.size()) return char32_t(-1);
     for (int k = 1; k < length; ++k) {
         const unsigned char b = byteAt(i + k);

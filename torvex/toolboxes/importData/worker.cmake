@@ -1,1 +1,0 @@
-target_sources(importdata PRIVATE ImageLoaderWorker.h ImageLoaderWorker.cpp)

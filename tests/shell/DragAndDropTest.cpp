@@ -33,24 +33,22 @@ protected:
         return dir.filePath("sub");
     }();
 
-    // Drops `urls` on the window; returns whether the drop was accepted.
-    bool drop(DropTarget& w, const QList<QUrl>& urls)
+    // Hands `urls` to a drag handler of the window as an event of type E;
+    // returns whether the window accepted it.
+    template <class E>
+    static bool deliver(DropTarget& w, void (DropTarget::*handler)(E*), const QList<QUrl>& urls)
     {
         QMimeData mime;
         mime.setUrls(urls);
-        QDropEvent event(QPointF(10, 10), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+        E event(QPoint(5, 5), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
         event.setAccepted(false);
-        w.dropEvent(&event);
+        (w.*handler)(&event);
         return event.isAccepted();
     }
-    bool enter(DropTarget& w, const QList<QUrl>& urls)
+    static bool drop(DropTarget& w, const QList<QUrl>& urls) { return deliver<QDropEvent>(w, &DropTarget::dropEvent, urls); }
+    static bool enter(DropTarget& w, const QList<QUrl>& urls)
     {
-        QMimeData mime;
-        mime.setUrls(urls);
-        QDragEnterEvent event(QPoint(5, 5), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
-        event.setAccepted(false);
-        w.dragEnterEvent(&event);
-        return event.isAccepted();
+        return deliver<QDragEnterEvent>(w, &DropTarget::dragEnterEvent, urls);
     }
     static QUrl local(const QString& path) { return QUrl::fromLocalFile(path); }
     QString status(DropTarget& w) { return w.ui->statusbar->currentMessage(); }

@@ -140,6 +140,7 @@ private:
     void _buildPreviewSurface(QWidget* holder, PreviewSurface*& surface, PreviewImageItem*& image,
                               PreviewPlot*& plot, const QColor& background, const QColor& text);
     void _showFrame(PreviewImageItem* item, const NdArray& frame);
+    void _setFrameQuietly(int frame);
     std::optional<NdArray> _frameAt(const std::optional<NdArray>& stack) const;
 };
 

@@ -112,12 +112,7 @@ void ImportData::onDataItemSelected(QListWidgetItem* current, QListWidgetItem*)
     }
     ui->lineEdit_files_folder->setText(path);
     ui->statusbar->showMessage(path, 5000);
-    {
-        const QSignalBlocker blockSpin(ui->spinBox_frame);
-        const QSignalBlocker blockSlider(ui->horizontalSlider_frame);
-        ui->spinBox_frame->setValue(1);
-        ui->horizontalSlider_frame->setValue(1);
-    }
+    _setFrameQuietly(1);
     _refreshPreview();
 }
 

@@ -86,12 +86,7 @@ void ImportData::onImageListRowChanged(int row)
     const qsizetype position = checkedIndexes.indexOf(row);
     if (position < 0) return;
     const int frame1Based = static_cast<int>(position) + 1;
-    ui->spinBox_frame->blockSignals(true);
-    ui->horizontalSlider_frame->blockSignals(true);
-    ui->spinBox_frame->setValue(frame1Based);
-    ui->horizontalSlider_frame->setValue(frame1Based);
-    ui->spinBox_frame->blockSignals(false);
-    ui->horizontalSlider_frame->blockSignals(false);
+    _setFrameQuietly(frame1Based);
     if (selectedimageSequence && position < selectedimageSequence->extent(0))
         _showFrame(preview_ImgItem2, selectedimageSequence->index(position));
 }

@@ -7,6 +7,7 @@
 
 #include <QItemSelectionModel>
 #include <QLabel>
+#include <QSignalBlocker>
 
 namespace torvex {
 
@@ -18,6 +19,15 @@ void ImportData::_showFrame(PreviewImageItem* item, const NdArray& frame)
         item->clear();
         ui->statusbar->showMessage("Error: " + QString::fromStdString(e.what()), 5000);
     }
+}
+
+void ImportData::_setFrameQuietly(int frame)
+{
+    // Blocked, so that the frame handlers do not run for a correction.
+    const QSignalBlocker blockSpin(ui->spinBox_frame);
+    const QSignalBlocker blockSlider(ui->horizontalSlider_frame);
+    ui->spinBox_frame->setValue(frame);
+    ui->horizontalSlider_frame->setValue(frame);
 }
 
 void ImportData::_refreshPreview()
@@ -38,14 +48,7 @@ void ImportData::_refreshPreview()
     ui->spinBox_frame->setMaximum(n);
     ui->label_totalFrame->setText("/ " + QString::number(n));
     const int frameIdx = std::max(1, std::min(ui->spinBox_frame->value(), n));
-    if (frameIdx != ui->spinBox_frame->value()) {
-        ui->spinBox_frame->blockSignals(true);
-        ui->horizontalSlider_frame->blockSignals(true);
-        ui->spinBox_frame->setValue(frameIdx);
-        ui->horizontalSlider_frame->setValue(frameIdx);
-        ui->spinBox_frame->blockSignals(false);
-        ui->horizontalSlider_frame->blockSignals(false);
-    }
+    if (frameIdx != ui->spinBox_frame->value()) _setFrameQuietly(frameIdx);
     _showFrame(item, stack->index(frameIdx - 1));
 
     if (volume) {

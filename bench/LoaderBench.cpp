@@ -46,8 +46,8 @@ QStringList sequenceFiles()
             pixels[i] = static_cast<uint8_t>((x * (c + 1) + y * 2 + f * 3) / 4 + (noise >> 29));
         }
         auto out = OIIO::ImageOutput::create(path.toStdString());
-        const OIIO::ImageSpec spec(kSide, kSide, 3, OIIO::TypeUInt8);
-        if (!out || !out->open((path + ".part").toStdString(), spec) || !out->write_image(OIIO::TypeUInt8, pixels.data())
+        const OIIO::ImageSpec header(kSide, kSide, 3, OIIO::TypeUInt8);
+        if (!out || !out->open((path + ".part").toStdString(), header) || !out->write_image(OIIO::TypeUInt8, pixels.data())
             || !out->close() || !QFile::rename(path + ".part", path)) {
             std::fprintf(stderr, "cannot write %s\n", qPrintable(path));
             std::exit(1);
@@ -69,9 +69,9 @@ void bareDecodeLoop(const QStringList& paths)
     for (const QString& path : paths) {
         auto in = OIIO::ImageInput::open(path.toStdString());
         if (!in) std::exit(1);
-        const OIIO::ImageSpec& spec = in->spec();
-        buffer.resize(spec.image_bytes());
-        if (!in->read_image(0, 0, 0, spec.nchannels, OIIO::TypeUInt8, buffer.data())) std::exit(1);
+        const OIIO::ImageSpec& header = in->spec();
+        buffer.resize(header.image_bytes());
+        if (!in->read_image(0, 0, 0, header.nchannels, OIIO::TypeUInt8, buffer.data())) std::exit(1);
     }
 }
 

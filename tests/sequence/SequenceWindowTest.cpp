@@ -136,3 +136,30 @@ TEST_F(SequenceWindow, NewLoadsSupersedeOldOnesAndClosingIsSafe)
         delete closing; // while its load runs
     }
 }
+
+TEST_F(SequenceWindow, RawAndSequenceEntriesEachComeBackWhole)
+{
+    QTemporaryDir rawDir;
+    const QString raw = test::writeFile(rawDir.filePath("v.raw"), QByteArray(400 * 640, '\x09'));
+    ImportData w(nullptr, nullptr, {}, raw);
+    w.ui->comboBox_outputType->setCurrentIndex(1);
+    w.openFile(folder->path());
+    ASSERT_TRUE(waitForLoad(w));
+    w.ui->listWidget_imageList->item(0)->setCheckState(Qt::Unchecked);
+    ASSERT_EQ(w.ui->listWidget_data->count(), 2);
+
+    w.ui->listWidget_data->setCurrentRow(0);
+    EXPECT_EQ(w.ui->comboBox_outputType->currentText(), "Volume Data");
+    EXPECT_EQ(w.ui->stackedWidget->currentIndex(), 0);
+    EXPECT_EQ(w.transferedData->shape(), (Shape{1, 640, 400, 1}));
+    EXPECT_EQ(w.ui->lineEdit_files_folder->text(), raw);
+
+    w.ui->listWidget_data->setCurrentRow(1);
+    EXPECT_EQ(w.ui->comboBox_outputType->currentText(), "Image Sequence");
+    EXPECT_EQ(w.ui->stackedWidget_preview->currentIndex(), 1);
+    EXPECT_EQ(w.checkedIndexes, (QList<int>{1, 2, 3}));
+    EXPECT_EQ(w.ui->listWidget_imageList->item(0)->checkState(), Qt::Unchecked);
+    EXPECT_EQ(w.selectedimageSequence->extent(0), 3);
+    EXPECT_EQ(w.ui->spinBox_rg2->maximum(), 4);
+    EXPECT_EQ(w.ui->lineEdit_files_folder->text(), folder->path());
+}

@@ -63,15 +63,15 @@ NdArray readWidened(OIIO::ImageInput& input, OIIO::TypeDesc stored, const Shape&
 
 NdArray readPixels(OIIO::ImageInput& input, const PixelAllocator& allocate)
 {
-    const OIIO::ImageSpec& spec = input.spec();
-    if (spec.width <= 0 || spec.height <= 0 || spec.nchannels <= 0 || spec.depth != 1)
+    const OIIO::ImageSpec& header = input.spec();
+    if (header.width <= 0 || header.height <= 0 || header.nchannels <= 0 || header.depth != 1)
         fail("not a two-dimensional image");
-    if (spec.image_bytes(true) > uint64_t(kMaxDecodedImageMegabytes) << 20) fail("image is too large");
-    Shape shape{spec.height, spec.width};
-    if (spec.nchannels > 1) shape.push_back(spec.nchannels);
+    if (header.image_bytes(true) > uint64_t(kMaxDecodedImageMegabytes) << 20) fail("image is too large");
+    Shape shape{header.height, header.width};
+    if (header.nchannels > 1) shape.push_back(header.nchannels);
 
     // Channels of different types (as in some EXR files) are read as float.
-    const OIIO::TypeDesc stored = spec.channelformats.empty() ? spec.format : OIIO::TypeFloat;
+    const OIIO::TypeDesc stored = header.channelformats.empty() ? header.format : OIIO::TypeFloat;
     const auto base = static_cast<OIIO::TypeDesc::BASETYPE>(stored.basetype);
     if (const auto dtype = arrayTypeOf(base)) {
         NdArray out = allocate(shape, *dtype);

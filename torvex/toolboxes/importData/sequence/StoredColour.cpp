@@ -33,15 +33,15 @@ StoredColour pnmStoredColour(const QString& path)
 
 StoredColour storedColourOf(const OIIO::ImageInput& input, const QString& path)
 {
-    const OIIO::ImageSpec& spec = input.spec();
+    const OIIO::ImageSpec& header = input.spec();
     const std::string format = input.format_name();
     if (format == "png") return pngStoredColour(path);
     if (format == "pnm") return pnmStoredColour(path);
     if (format == "bmp") {
-        const int bits = spec.get_int_attribute("bmp:bitsperpixel");
+        const int bits = header.get_int_attribute("bmp:bitsperpixel");
         return bits > 0 && bits <= 8 ? StoredColour::Palette : StoredColour::Direct;
     }
-    if (spec.nchannels == 1 && spec.get_int_attribute("oiio:BitsPerSample") == 1) return StoredColour::Bilevel;
+    if (header.nchannels == 1 && header.get_int_attribute("oiio:BitsPerSample") == 1) return StoredColour::Bilevel;
     return StoredColour::Direct;
 }
 

@@ -75,9 +75,10 @@ void ImportData::onSaveToFile(const QString& function_body)
                                                           "Python Files (*.py);;All Files (*)");
     if (fileName.isEmpty()) return;
     // Written beside the target and renamed over it: a failure keeps the earlier file whole.
+    // The explicit flush catches a full disk, which commit() lets pass and would rename a cut-off file into place.
     QSaveFile file(fileName);
     const QByteArray utf8 = function_body.toUtf8();
-    if (!file.open(QIODevice::WriteOnly) || file.write(utf8) != utf8.size() || !file.commit()) {
+    if (!file.open(QIODevice::WriteOnly) || file.write(utf8) != utf8.size() || !file.flush() || !file.commit()) {
         QMessageBox::critical(this, "Error", "Failed to save function: " + file.errorString());
         return;
     }

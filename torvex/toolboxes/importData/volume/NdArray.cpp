@@ -439,8 +439,12 @@ void NdArray::assign(NdArray& dst, const NdArray& src)
             forEachRowPair(src.shape_, src.data(), src.strides_, out, dst.strides_,
                            [&](const std::byte* s, const std::byte* d) {
                                auto* t = const_cast<std::byte*>(d);
-                               if (plainBytes && strideIn == item && strideOut == item) {
-                                   std::copy_n(s, inner * item, t);
+                               // Same type: bytes, not values, so that a copy keeps every NaN's bits as NumPy's does.
+                               if (plainBytes) {
+                                   if (strideIn == item && strideOut == item) std::copy_n(s, inner * item, t);
+                                   else
+                                       for (int64_t i = 0; i < inner; ++i, s += strideIn, t += strideOut)
+                                           std::copy_n(s, item, t);
                                    return;
                                }
                                for (int64_t i = 0; i < inner; ++i, s += strideIn, t += strideOut) {

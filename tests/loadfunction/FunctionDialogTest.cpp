@@ -1,0 +1,218 @@
+// Generate Function in the real window: the dialog with the generated text,
+// the failures that open none, and saving the text to a file.
+#include "ModalScript.h"
+#include "VolumePanel.h"
+#include "toolboxes/importData/ImportData.h"
+
+#include "../support/TempFiles.h"
+
+#include <QDialog>
+#include <QFile>
+#include <QFileDialog>
+#include <QFontMetrics>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTextEdit>
+
+#include <gtest/gtest.h>
+
+#include <sys/resource.h>
+
+#include <csignal>
+
+namespace torvex {
+namespace {
+
+using Step = test::ModalScript::Step;
+
+// In the dialog of the generated text: look at its text box, then press the button of that text.
+Step pressInFunctionDialog(const QString& button, std::function<void(QTextEdit*)> look = {})
+{
+    return {[](QWidget* modal) { return modal->windowTitle() == "Generated Load Function"; },
+            [button, look](QWidget* dialog) {
+                if (look) look(dialog->findChild<QTextEdit*>());
+                for (QPushButton* b : dialog->findChildren<QPushButton*>()) {
+                    if (b->text().remove('&') == button) {
+                        b->click();
+                        return;
+                    }
+                }
+                ADD_FAILURE() << "no button " << button.toStdString();
+                dialog->close();
+            }};
+}
+
+// Picks `path` in the save dialog; `before` runs just before the choice is accepted.
+Step saveAs(const QString& path, std::function<void()> before = {})
+{
+    return {[](QWidget* modal) { return qobject_cast<QFileDialog*>(modal) != nullptr; },
+            [path, before](QWidget* modal) {
+                auto* dialog = static_cast<QFileDialog*>(modal);
+                EXPECT_EQ(dialog->windowTitle().toStdString(), "Save Function to File");
+                EXPECT_EQ(dialog->nameFilters().join(";;").toStdString(), "Python Files (*.py);;All Files (*)");
+                // Qt's own question before replacing a file is not the window's; answer it in advance.
+                dialog->setOption(QFileDialog::DontConfirmOverwrite);
+                // Typed, as selectFile leaves alone the name field that has the focus.
+                dialog->findChild<QLineEdit*>("fileNameEdit")->setText(path);
+                if (before) before();
+                QMetaObject::invokeMethod(dialog, "accept"); // protected in QFileDialog, a slot all the same
+            }};
+}
+
+Step cancelSave()
+{
+    return {[](QWidget* modal) { return qobject_cast<QFileDialog*>(modal) != nullptr; },
+            [](QWidget* modal) { static_cast<QFileDialog*>(modal)->reject(); }};
+}
+
+// Notes "title|text" of a message box and closes it, after `then`.
+Step messageBox(QStringList& noted, std::function<void()> then = {})
+{
+    return {[](QWidget* modal) { return qobject_cast<QMessageBox*>(modal) != nullptr; },
+            [&noted, then](QWidget* modal) {
+                noted << modal->windowTitle() + "|" + static_cast<QMessageBox*>(modal)->text();
+                if (then) then();
+                modal->close();
+            }};
+}
+
+QByteArray contentOf(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");
+}
+
+// A disk that takes no more than a few bytes per file, for as long as this
+// lives. Stands in for an unwritable target also for root, whom folder
+// permissions do not stop.
+class FileSizeLimit {
+public:
+    FileSizeLimit() : oldHandler_(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        getrlimit(RLIMIT_FSIZE, &old_);
+        rlimit tiny = old_;
+        tiny.rlim_cur = 16;
+        setrlimit(RLIMIT_FSIZE, &tiny);
+    }
+    ~FileSizeLimit()
+    {
+        setrlimit(RLIMIT_FSIZE, &old_);
+        std::signal(SIGXFSZ, oldHandler_);
+    }
+
+private:
+    void (*oldHandler_)(int);
+    rlimit old_{};
+};
+
+class FunctionDialog : public ::testing::Test {
+protected:
+    ImportData w;
+    QTemporaryDir dir;
+    QString target = dir.filePath("load.py");
+    QStringList boxes;
+
+    void play(std::vector<Step> steps)
+    {
+        test::ModalScript script(std::move(steps));
+        w.onGenerateFunction();
+        EXPECT_EQ(script.pendingSteps(), 0);
+        EXPECT_EQ(script.unexpected.join('\n').toStdString(), "");
+    }
+};
+
+TEST_F(FunctionDialog, ShowsTheTextOfThePanelReadOnlyInMonospace)
+{
+    // Every setting away from its start value and distinct, so that a field read from the wrong widget shows.
+    const LoadFunctionParams panel{.imgType = "32-bit ABGR", .offset = 11, .gap = 13, .width = 17, .height = 19,
+                                   .frame = 23, .littleEndian = true, .readOrder = "C", .colorOrder = "ABCABC",
+                                   .permute = "2,1,0", .hflip = true, .vflip = true, .data_format = "HWCD",
+                                   .keep_c_on_gray = true};
+    test::setVolumePanel(w, panel);
+    QString shown;
+    bool readOnly = false, monospace = false;
+    play({pressInFunctionDialog("OK", [&](QTextEdit* text) {
+        shown = text->toPlainText();
+        readOnly = text->isReadOnly();
+        const QFontMetrics metrics(text->font());
+        monospace = metrics.horizontalAdvance("iiii") == metrics.horizontalAdvance("WWWW");
+    })});
+    EXPECT_EQ(shown.toStdString(), w._gen_function(panel).toStdString());
+    EXPECT_TRUE(readOnly);
+    EXPECT_TRUE(monospace);
+}
+
+TEST_F(FunctionDialog, FailedGenerationIsReportedAndOpensNoDialog)
+{
+    w.ui->comboBox_imgType->setEditable(true);
+    w.ui->comboBox_imgType->setCurrentText("12-bit Packed");
+    play({messageBox(boxes)});
+    EXPECT_EQ(boxes.join('\n').toStdString(),
+              "Error|Failed to generate function: Unsupported image type: 12-bit Packed");
+
+    // An image sequence needs an entry to name its folder.
+    w.ui->comboBox_outputType->setCurrentText("Image Sequence");
+    play({messageBox(boxes)});
+    ASSERT_EQ(boxes.size(), 2);
+    EXPECT_TRUE(boxes[1].startsWith("Error|Failed to generate function: ")) << boxes[1].toStdString();
+}
+
+TEST_F(FunctionDialog, SavingWritesTheGeneratedTextAsUtf8AndReplacesTheFileEachTime)
+{
+    w._addDataEntry("data_imgs", "Image Sequence", std::nullopt, QStringList{"/data/shots/a.png"});
+    w.ui->comboBox_outputType->setCurrentText("Image Sequence");
+    QString generated;
+    play({
+        // What is saved is the generated text, not what the text box shows.
+        pressInFunctionDialog("Save to File",
+                              [&](QTextEdit* text) {
+                                  generated = text->toPlainText();
+                                  text->setPlainText("changed on screen");
+                              }),
+        saveAs(target),
+        messageBox(boxes,
+                   [&] {
+                       EXPECT_EQ(contentOf(target), generated.toUtf8());
+                       test::writeFile(target, QByteArray(10000, 'x')); // longer, so a leftover tail would show
+                   }),
+        pressInFunctionDialog("Save to File"),
+        saveAs(target),
+        messageBox(boxes),
+        // A cancelled choice says nothing and keeps the dialog open.
+        pressInFunctionDialog("Save to File"),
+        cancelSave(),
+        pressInFunctionDialog("OK"),
+    });
+    EXPECT_EQ(boxes.join('\n').toStdString(),
+              "Success|Function saved successfully.\nSuccess|Function saved successfully.");
+    EXPECT_TRUE(generated.contains(QChar(0xD7)));
+    EXPECT_EQ(contentOf(target), generated.toUtf8());
+}
+
+TEST_F(FunctionDialog, AFailedSaveKeepsTheEarlierFileAndTheDialogForAnotherTry)
+{
+    const LoadFunctionParams panel{.imgType = "8-bit", .width = 4, .height = 4, .frame = 1};
+    test::setVolumePanel(w, panel);
+    test::writeFile(target, "earlier");
+    std::optional<FileSizeLimit> fullDisk;
+    play({
+        pressInFunctionDialog("Save to File"),
+        saveAs(target, [&] { fullDisk.emplace(); }),
+        messageBox(boxes,
+                   [&] {
+                       fullDisk.reset();
+                       EXPECT_EQ(contentOf(target), "earlier");
+                   }),
+        pressInFunctionDialog("Save to File"),
+        saveAs(target),
+        messageBox(boxes),
+        pressInFunctionDialog("OK"),
+    });
+    ASSERT_EQ(boxes.size(), 2);
+    EXPECT_TRUE(boxes[0].startsWith("Error|Failed to save function: ")) << boxes[0].toStdString();
+    EXPECT_EQ(boxes[1].toStdString(), "Success|Function saved successfully.");
+    EXPECT_EQ(contentOf(target), w._gen_function(panel).toUtf8());
+}
+
+} // namespace
+} // namespace torvex

@@ -4,10 +4,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QRegularExpression>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -25,52 +21,6 @@ void writeFile(const QString& path, const QByteArray& bytes)
     ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << path.toStdString();
     file.write(bytes);
 }
-
-QJsonObject toJson(const LoadFunctionParams& p)
-{
-    return {{"imgType", p.imgType}, {"offset", p.offset}, {"gap", p.gap}, {"width", p.width}, {"height", p.height},
-            {"frame", p.frame}, {"littleEndian", p.littleEndian}, {"colorOrder", p.colorOrder},
-            {"permute", p.permute}, {"hflip", p.hflip}, {"vflip", p.vflip}, {"data_format", p.data_format},
-            {"keep_c_on_gray", p.keep_c_on_gray}};
-}
-
-class GeneratedLoadData : public testing::TestWithParam<const char*> {};
-
-// Four layouts per type take gap 0 and not, both byte orders and colour
-// orders, each flip after a permutation, and both output formats with the
-// channel axis kept and dropped; unequal sizes make a swapped axis show.
-// Only row-major pixels agree with the window's decoders, and the bitmap is
-// row-major under any read order.
-TEST_P(GeneratedLoadData, ReadsKnownBytesAsTheDecodersDo)
-{
-    const QString type = GetParam();
-    const QString order = type == "1-bit Bitmap" ? "F" : "C";
-    const LoadFunctionParams layouts[] = {
-        {.imgType = type, .offset = 3, .width = 4, .height = 2, .frame = 3, .readOrder = "C", .colorOrder = "ABCABC",
-         .keep_c_on_gray = true},
-        {.imgType = type, .offset = 3, .gap = 5, .width = 4, .height = 2, .frame = 3, .littleEndian = true,
-         .readOrder = "C", .colorOrder = "ABCABC"},
-        {.imgType = type, .offset = 3, .width = 4, .height = 2, .frame = 3, .littleEndian = true, .readOrder = order,
-         .permute = "1,0,2", .hflip = true, .data_format = "HWCD"},
-        {.imgType = type, .offset = 3, .gap = 5, .width = 4, .height = 2, .frame = 3, .readOrder = order,
-         .permute = "2,0,1", .vflip = true, .data_format = "HWCD", .keep_c_on_gray = true},
-    };
-    QTemporaryDir dir;
-    QJsonArray cases;
-    for (const LoadFunctionParams& p : layouts) {
-        const QString module = dir.filePath(QString("case%1.py").arg(cases.size()));
-        writeFile(module, volumeLoadFunctionText(p).toUtf8());
-        cases.append(QJsonObject{{"module", module}, {"params", toJson(p)}});
-    }
-    writeFile(dir.filePath("cases.json"), QJsonDocument(cases).toJson());
-    const PythonRun run = runPython({loadFunctionTestDir() + "/check_load_data.py", dir.filePath("cases.json")});
-    EXPECT_EQ(run.exitCode, 0) << run.err.toStdString();
-}
-
-INSTANTIATE_TEST_SUITE_P(EveryImageType, GeneratedLoadData, testing::ValuesIn(kImageTypes),
-                         [](const testing::TestParamInfo<const char*>& info) {
-                             return "type" + QString(info.param).replace(QRegularExpression("\\W"), "_").toStdString();
-                         });
 
 TEST(GeneratedLoadFunctions, CompileForAnySettingsAndFilterText)
 {

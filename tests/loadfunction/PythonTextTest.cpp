@@ -1,4 +1,5 @@
 #include "PythonProcess.h"
+#include "toolboxes/importData/PythonPath.h"
 #include "toolboxes/importData/loadfunction/PythonText.h"
 
 #include <gtest/gtest.h>

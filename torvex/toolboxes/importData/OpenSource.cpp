@@ -1,7 +1,7 @@
 #include "ImportData.h"
 
 #include "toolboxes/importData/ImportDataForm.h"
-#include "loadfunction/PythonText.h"
+#include "PythonPath.h"
 #include "volume/RawFile.h"
 
 #include <QDir>

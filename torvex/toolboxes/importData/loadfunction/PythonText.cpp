@@ -62,14 +62,4 @@ QString pythonRepr(const QString& text)
     return out;
 }
 
-QString pythonDirname(const QString& path)
-{
-    QString head = path.left(path.lastIndexOf(u'/') + 1);
-    // A head of slashes only is the root, and "//" is a root of its own on POSIX.
-    if (head.count(u'/') != head.size()) {
-        while (head.endsWith(u'/')) head.chop(1);
-    }
-    return head;
-}
-
 } // namespace torvex

@@ -8,7 +8,4 @@ namespace torvex {
 // Python reads back exactly the same text.
 QString pythonRepr(const QString& text);
 
-// Python's os.path.dirname on POSIX (posixpath.dirname).
-QString pythonDirname(const QString& path);
-
 } // namespace torvex

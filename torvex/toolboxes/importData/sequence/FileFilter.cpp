@@ -51,7 +51,8 @@ QString displayName(const QString& fileName, int maxLength)
     const qsizetype available = maxLength - ext.size() - 3;
     // A negative length drops that many characters from the end, as a slice does.
     const qsizetype keep = available >= 0 ? std::min(available, stem.size()) : std::max<qsizetype>(0, stem.size() + available);
-    return QString::fromUcs4(stem.constData(), keep) + "..." + QString::fromUcs4(ext.constData(), ext.size());
+    return QString::fromUcs4(reinterpret_cast<const char32_t*>(stem.constData()), keep) + "..." +
+           QString::fromUcs4(reinterpret_cast<const char32_t*>(ext.constData()), ext.size());
 }
 
 } // namespace torvex

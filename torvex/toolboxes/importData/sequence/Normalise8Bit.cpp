@@ -25,7 +25,8 @@ template <class Compute, class T> std::pair<Compute, Compute> minMaxOf(const NdA
 // (value - min) / (max - min) * 255 in Compute, truncated to uint8.
 template <class Compute, class T> NdArray stretch(const NdArray& a)
 {
-    const auto [lo, hi] = minMaxOf<Compute, T>(a);
+    const auto extremes = minMaxOf<Compute, T>(a);
+    const Compute lo = extremes.first, hi = extremes.second; // not a binding: clang 14 cannot capture those
     if (!(hi > lo)) return NdArray::zeros(a.shape(), DType::UInt8);
     const Compute range = hi - lo;
     const Compute scale = 255;

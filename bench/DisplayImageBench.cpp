@@ -2,11 +2,11 @@
 // of a 1 GiB volume so that no frame is still in a cache, laid out in C order,
 // column-major and at an odd address. Beside each: a plain min/max-and-scale
 // loop over the same frames, and the 10 ms a frame may take.
+#include "BenchReport.h"
 #include "toolboxes/importData/volume/DisplayImage.h"
 
 #include <benchmark/benchmark.h>
 
-#include <cstdio>
 #include <cstring>
 #include <map>
 #include <string>
@@ -122,14 +122,19 @@ template <class Convert> void cycleFrames(benchmark::State& state, const Layout&
     }
 }
 
-// Keeps the time per frame of each run, for the summary.
+// Keeps the time per frame of each run, for the summary. With repetitions,
+// the median stands for the run (it is reported after the repetitions).
 class SummaryReporter : public benchmark::ConsoleReporter {
 public:
     std::map<std::string, double> msPerFrame;
 
     void ReportRuns(const std::vector<Run>& runs) override
     {
-        for (const Run& run : runs) msPerFrame[run.run_name.function_name] = run.GetAdjustedRealTime();
+        for (const Run& run : runs) {
+            if (run.error_occurred || (run.run_type == Run::RT_Aggregate && run.aggregate_name != "median"))
+                continue;
+            msPerFrame[run.run_name.function_name] = run.GetAdjustedRealTime();
+        }
         ConsoleReporter::ReportRuns(runs);
     }
 };
@@ -154,20 +159,16 @@ int main(int argc, char** argv)
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
 
-    // Runs left out by --benchmark_filter show as "-".
-    auto figure = [&](const std::string& name) {
-        const auto found = reporter.msPerFrame.find(name);
-        char text[32] = "-";
-        if (found != reporter.msPerFrame.end()) std::snprintf(text, sizeof text, "%.2f ms", found->second);
-        return std::string(text);
-    };
-    std::printf("\n%-14s %12s %12s %8s\n", "frame layout", "display", "reference", "limit");
+    // Runs left out by --benchmark_filter are left out of the summary too.
     for (const Layout& layout : layouts) {
-        const std::string display = std::string("display/") + layout.name;
-        const auto found = reporter.msPerFrame.find(display);
-        const char* verdict = found == reporter.msPerFrame.end() ? "" : found->second <= limitMs ? "within" : "OVER";
-        std::printf("%-14s %12s %12s %5.0f ms  %s\n", layout.name, figure(display).c_str(),
-                    figure(std::string("reference/") + layout.name).c_str(), limitMs, verdict);
+        const auto display = reporter.msPerFrame.find(std::string("display/") + layout.name);
+        if (display != reporter.msPerFrame.end())
+            bench::reportAtMost(std::string("display 4096x4096 uint16 frame, ") + layout.name, display->second,
+                                "ms", limitMs);
+        const auto reference = reporter.msPerFrame.find(std::string("reference/") + layout.name);
+        if (reference != reporter.msPerFrame.end())
+            bench::reportInfo(std::string("display reference: plain min/max + scale loop, ") + layout.name,
+                              reference->second, "ms");
     }
     return 0;
 }

@@ -1,7 +1,7 @@
 // The generated Python texts and the filter rules, with arbitrary filter
 // texts, folder and file names and parameter values. Whatever goes in, the
-// texts must carry it only inside escaped literals: no control character but
-// the line break may reach the generated code.
+// texts must carry it only inside escaped literals or comments, so that the
+// generated code stays valid Python.
 #include "toolboxes/importData/loadfunction/ImageSequenceLoadFunction.h"
 #include "toolboxes/importData/loadfunction/PythonText.h"
 #include "toolboxes/importData/loadfunction/VolumeLoadFunction.h"
@@ -10,17 +10,13 @@
 
 #include <fuzzer/FuzzedDataProvider.h>
 
-#include <cstdlib>
 #include <stdexcept>
+
+#include "FuzzCheck.h"
 
 using namespace torvex;
 
 namespace {
-
-void check(bool condition)
-{
-    if (!condition) std::abort();
-}
 
 QString text(FuzzedDataProvider& in, size_t maxBytes)
 {
@@ -28,9 +24,19 @@ QString text(FuzzedDataProvider& in, size_t maxBytes)
     return QString::fromUtf8(bytes.data(), static_cast<qsizetype>(bytes.size()));
 }
 
-bool onlyPrintableOrLineBreaks(const QString& code)
+bool printable(QChar c) { return c >= ' ' && c != QChar(0x7f); }
+
+// Python reads any character inside a comment but NUL; a carriage return
+// would end the comment and turn the rest into code. Outside comments,
+// whatever the user typed must have been escaped into printable text.
+bool fitForPythonSource(const QString& code)
 {
-    return std::all_of(code.begin(), code.end(), [](QChar c) { return c == '\n' || (c >= ' ' && c != QChar(0x7f)); });
+    if (code.contains('\r') || code.contains(QChar(0))) return false;
+    for (const QString& line : code.split('\n')) {
+        if (line.trimmed().startsWith('#')) continue;
+        if (!std::all_of(line.begin(), line.end(), printable)) return false;
+    }
+    return true;
 }
 
 } // namespace
@@ -45,8 +51,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     for (int n = in.ConsumeIntegralInRange(1, 4); n > 0; --n) files << folder + "/" + text(in, 24);
 
     const QString repr = pythonRepr(filter);
-    check(repr.size() >= 2 && (repr.front() == '\'' || repr.front() == '"') && repr.back() == repr.front());
-    check(onlyPrintableOrLineBreaks(repr) && !repr.contains('\n'));
+    FUZZ_CHECK(repr.size() >= 2 && (repr.front() == '\'' || repr.front() == '"') && repr.back() == repr.front());
+    FUZZ_CHECK(std::all_of(repr.begin(), repr.end(), printable));
 
     try {
         const QStringList passed = filterFiles(files, useRegex ? filter : wildcardPattern(filter), !useRegex);
@@ -54,14 +60,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         qsizetype from = 0;
         for (const QString& f : passed) {
             from = files.indexOf(f, from);
-            check(from >= 0);
+            FUZZ_CHECK(from >= 0);
             ++from;
         }
     } catch (const std::runtime_error&) {
     }
     for (const QString& f : files) displayName(f, in.ConsumeIntegralInRange(0, 40));
 
-    check(onlyPrintableOrLineBreaks(imageSequenceLoadFunctionText(files, filter, useRegex)));
+    FUZZ_CHECK(fitForPythonSource(imageSequenceLoadFunctionText(files, filter, useRegex)));
 
     const auto& types = imageTypes();
     LoadFunctionParams p;
@@ -81,9 +87,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     p.data_format = in.ConsumeBool() ? "DHWC" : "HWCD";
     p.keep_c_on_gray = in.ConsumeBool();
     try {
-        check(onlyPrintableOrLineBreaks(volumeLoadFunctionText(p)));
+        FUZZ_CHECK(fitForPythonSource(volumeLoadFunctionText(p)));
     } catch (const std::runtime_error&) {
-        check(typeIndex == types.size());
+        FUZZ_CHECK(typeIndex == types.size());
     }
     return 0;
 }

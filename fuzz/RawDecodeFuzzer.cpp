@@ -9,8 +9,9 @@
 
 #include <fuzzer/FuzzedDataProvider.h>
 
-#include <cstdlib>
 #include <stdexcept>
+
+#include "FuzzCheck.h"
 
 using namespace torvex;
 
@@ -22,11 +23,6 @@ int64_t spinBoxValue(FuzzedDataProvider& in)
 {
     return in.ConsumeBool() ? in.ConsumeIntegralInRange<int64_t>(0, 2147483647)
                             : in.ConsumeIntegralInRange<int64_t>(0, 40);
-}
-
-void check(bool condition)
-{
-    if (!condition) std::abort();
 }
 
 } // namespace
@@ -58,11 +54,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     } catch (const std::runtime_error&) {
         return 0;
     }
-    check(stack.has_value() == (typeIndex < types.size()));
+    FUZZ_CHECK(stack.has_value() == (typeIndex < types.size()));
     if (!stack) return 0;
     const ImageType& type = types[typeIndex];
-    check(stack->shape() == (Shape{p.frame, p.height, p.width, type.channels}));
-    check(stack->dtype() == type.dtype);
+    FUZZ_CHECK(stack->shape() == (Shape{p.frame, p.height, p.width, type.channels}));
+    FUZZ_CHECK(stack->dtype() == type.dtype);
 
     // Reading every element is where a view reaching past the bytes shows.
     double sum = 0;

@@ -10,17 +10,13 @@
 #include <QGuiApplication>
 #include <QTemporaryDir>
 
-#include <cstdlib>
 #include <stdexcept>
+
+#include "FuzzCheck.h"
 
 using namespace torvex;
 
 namespace {
-
-void check(bool condition)
-{
-    if (!condition) std::abort();
-}
 
 QTemporaryDir* folder;
 
@@ -45,22 +41,22 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     const QString path = folder->path() + "/file" + extensions[data[0] % std::size(extensions)];
     {
         QFile file(path);
-        check(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        FUZZ_CHECK(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
         file.write(reinterpret_cast<const char*>(data + 1), static_cast<qint64>(size - 1));
     }
 
     try {
         const DecodedImage decoded = decodeStillImage(path);
         const NdArray image = normaliseToUInt8(decoded);
-        check(image.dtype() == DType::UInt8);
-        check(image.extent(0) == decoded.pixels.extent(0) && image.extent(1) == decoded.pixels.extent(1));
+        FUZZ_CHECK(image.dtype() == DType::UInt8);
+        FUZZ_CHECK(image.extent(0) == decoded.pixels.extent(0) && image.extent(1) == decoded.pixels.extent(1));
         const NdArray rgb = unifyChannels(image, 3);
-        check(rgb.shape() == (Shape{image.extent(0), image.extent(1), 3}));
+        FUZZ_CHECK(rgb.shape() == (Shape{image.extent(0), image.extent(1), 3}));
         const NdArray padded = padToCentre(rgb, image.extent(0) + 3, image.extent(1) + 2);
-        check(padded.extent(0) == image.extent(0) + 3);
+        FUZZ_CHECK(padded.extent(0) == image.extent(0) + 3);
     } catch (const std::runtime_error&) {
         const NdArray frame = renderPlaceholderFrame(path, 96, 64, 3);
-        check(frame.shape() == (Shape{64, 96, 3}));
+        FUZZ_CHECK(frame.shape() == (Shape{64, 96, 3}));
     }
     return 0;
 }

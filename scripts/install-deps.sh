@@ -8,6 +8,7 @@ packages=(
   qt6-base-dev qt6-base-dev-tools libgl-dev libxkbcommon-dev
   libopenimageio-dev openimageio-tools
   libgtest-dev libgmock-dev libbenchmark-dev
+  clang libclang-rt-14-dev llvm
   xvfb xauth x11-apps fonts-dejavu-core
   python3 python3-numpy python3-pil
 )

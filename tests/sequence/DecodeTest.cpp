@@ -75,9 +75,16 @@ TEST(DecodeStillImage, CmykKeepsItsInks)
 
 TEST(DecodeStillImage, NonImagesThrow)
 {
-    for (const char* file : {"text.txt", "binary.bin", "empty.png", "truncated.png", "missing.png"})
+    for (const char* file : {"text.txt", "binary.bin", "empty.png", "truncated.png", "missing.png", "damaged.gif"})
         EXPECT_THROW(decodeStillImage(sequenceFile(file)), std::runtime_error) << file;
     EXPECT_THROW(decodeStillImage(sequenceFile(".")), std::runtime_error);
+    // Refused before the reader allocates for it.
+    try {
+        decodeStillImage(sequenceFile("claims_huge.png"));
+        ADD_FAILURE();
+    } catch (const std::runtime_error& e) {
+        EXPECT_STREQ(e.what(), "the header claims a larger image than the file can hold");
+    }
 }
 
 } // namespace

@@ -34,7 +34,7 @@ TEST(NormaliseToUInt8, ConstantOrNanImagesBecomeZero)
     const double nan = std::nan("");
     EXPECT_EQ(bytesOf(normaliseToUInt8({arrayOf<uint16_t>(DType::UInt16, {9, 9, 9})})), std::vector<int>(3, 0));
     EXPECT_EQ(bytesOf(normaliseToUInt8({arrayOf<double>(DType::Float64, {0.0, nan, 1.0})})), std::vector<int>(3, 0));
-    EXPECT_EQ(bytesOf(normaliseToUInt8({arrayOf<float>(DType::Float32, {nan, 0.f, 1.f})})), std::vector<int>(3, 0));
+    EXPECT_EQ(bytesOf(normaliseToUInt8({arrayOf<float>(DType::Float32, {float(nan), 0.f, 1.f})})), std::vector<int>(3, 0));
 }
 
 TEST(NormaliseToUInt8, EightBitPassesUnchangedButBilevelStretches)

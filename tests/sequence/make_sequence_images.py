@@ -1,5 +1,8 @@
 """Writes the still images and other files that the sequence tests load."""
+import base64
+import struct
 import sys
+import zlib
 
 import numpy as np
 from PIL import Image
@@ -43,3 +46,14 @@ with open(out + "rgb.png", "rb") as f:
     whole = f.read()
 with open(out + "truncated.png", "wb") as f:
     f.write(whole[: len(whole) // 2])
+
+# Damaged headers. A PNG that claims 30000 x 30000 RGBA pixels (3.6 GB) in a few
+# bytes, and a GIF header over a broken PNG that makes the GIF reader give up
+# with a logic error instead of a read error.
+def chunk(kind, data):
+    return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
+with open(out + "claims_huge.png", "wb") as f:
+    f.write(b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", 30000, 30000, 8, 6, 0, 0, 0))
+            + chunk(b"IDAT", zlib.compress(bytes(64))) + chunk(b"IEND", b""))
+with open(out + "damaged.gif", "wb") as f:
+    f.write(base64.b64decode("R0lGODdhTWluZ0xpNDOJUE5HDQoaCgJJtEkqAAAAAA1JSERSAHcAAAD1//v2BAABAAAIAAAABggrAAA="))

@@ -69,7 +69,7 @@ std::vector<double> referenceDecode(const QByteArray& b, const ImageType& type, 
                         : c == "argb" ? std::vector<int>{1, 2, 3, 0} : std::vector<int>{3, 2, 1, 0};
                 for (int s : src) {
                     const int64_t at = interleaved ? start + pixel * k + s : start + s * n + pixel;
-                    out.push_back(static_cast<uint8_t>(b[at]));
+                    out.push_back(static_cast<uint8_t>(b[qsizetype(at)]));
                 }
             }
     }

@@ -3,6 +3,7 @@
 
 #include "ImageSequenceLoadFunction.h"
 #include "VolumeLoadFunction.h"
+#include "toolboxes/importData/FileSaving.h"
 #include "toolboxes/importData/ImportDataForm.h"
 
 #include <QDialog>
@@ -11,7 +12,6 @@
 #include <QFontDatabase>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QSaveFile>
 #include <QTextEdit>
 #include <QVBoxLayout>
 
@@ -74,12 +74,11 @@ void ImportData::onSaveToFile(const QString& function_body)
     const QString fileName = QFileDialog::getSaveFileName(this, "Save Function to File", "",
                                                           "Python Files (*.py);;All Files (*)");
     if (fileName.isEmpty()) return;
-    // Written beside the target and renamed over it: a failure keeps the earlier file whole.
-    // The explicit flush catches a full disk, which commit() lets pass and would rename a cut-off file into place.
-    QSaveFile file(fileName);
-    const QByteArray utf8 = function_body.toUtf8();
-    if (!file.open(QIODevice::WriteOnly) || file.write(utf8) != utf8.size() || !file.flush() || !file.commit()) {
-        QMessageBox::critical(this, "Error", "Failed to save function: " + file.errorString());
+    try {
+        const QByteArray utf8 = function_body.toUtf8();
+        saveFile(fileName, [&utf8](QIODevice& file) { file.write(utf8); });
+    } catch (const std::exception& e) {
+        QMessageBox::critical(this, "Error", "Failed to save function: " + QString::fromStdString(e.what()));
         return;
     }
     QMessageBox::information(this, "Success", "Function saved successfully.");

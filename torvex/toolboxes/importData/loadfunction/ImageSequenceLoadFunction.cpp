@@ -26,8 +26,13 @@ QString imageSequenceLoadFunctionText(const QStringList& fileList, const QString
     const QString filterCode = useRegex
         ? "import re\n    filtered = [f for f in files if re.search(" + filterRepr + ", os.path.basename(f))]"
         : "import fnmatch\n    filtered = [f for f in files if fnmatch.fnmatch(os.path.basename(f), " + filterRepr + ")]";
-    // Written between r" and " unescaped: it only ever lands in a comment.
+    // Written between r" and " unescaped: it only ever lands in a comment. A line
+    // end would let the rest of the name run on as code, and Python takes no NUL
+    // anywhere in its source: such a name is written as a Python literal instead.
     const QString folder = exampleFolder(fileList);
+    const bool staysInComment =
+        !folder.contains(u'\n') && !folder.contains(u'\r') && !folder.contains(QChar(u'\0'));
+    const QString folderArgument = staysInComment ? "r\"" + folder + "\"" : pythonRepr(folder);
 
     return QStringList{
         "import os",
@@ -98,7 +103,7 @@ QString imageSequenceLoadFunctionText(const QStringList& fileList, const QString
         "",
         "",
         "# Example usage:",
-        "# imgs = load_image_sequence(r\"" + folder + "\")",
+        "# imgs = load_image_sequence(" + folderArgument + ")",
         "",
     }.join(u'\n');
 }

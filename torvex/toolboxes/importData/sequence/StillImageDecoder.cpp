@@ -9,6 +9,7 @@
 
 #include <QFile>
 
+#include <algorithm>
 #include <filesystem>
 #include <mutex>
 #include <optional>
@@ -124,17 +125,27 @@ OIIO::ImageInput::unique_ptr openImage(const std::string& file, bool rawColour)
     return input;
 }
 
-} // namespace
-
-DecodedImage decodeStillImage(const QString& path, const PixelAllocator& allocate)
+// A damaged header can claim an image no file of its length holds, and the
+// reader would allocate for it before finding out. The best compression of
+// still-image formats stays near 1000:1; past a floor that any ordinary image
+// fits in, more than 4096 decoded bytes per stored byte is refused up front.
+void checkClaimedSize(const OIIO::ImageSpec& header, uintmax_t fileBytes)
 {
-    applyDecoderLimits();
+    const double claimed = double(header.width) * double(header.height) * double(std::max(header.depth, 1)) *
+                           double(header.nchannels) * double(header.format.size());
+    const double plausible = 64.0 * 1024 * 1024 + 4096.0 * double(fileBytes);
+    if (!(claimed <= plausible)) fail("the header claims a larger image than the file can hold");
+}
+
+DecodedImage decodeStoredImage(const QString& path, const PixelAllocator& allocate)
+{
     const std::string file = QFile::encodeName(path).toStdString();
     // A pipe or device would block the reader or never end.
     std::error_code ec;
     if (!std::filesystem::is_regular_file(file, ec)) fail("not a regular file");
 
     auto input = openImage(file, false);
+    checkClaimedSize(input->spec(), std::filesystem::file_size(file, ec));
     const std::string format = input->format_name();
     if (format == "gif") return {readGifIndices(path).indices, false};
     if (format == "tiff")
@@ -151,6 +162,22 @@ DecodedImage decodeStillImage(const QString& path, const PixelAllocator& allocat
         return {pixels, false};
     }
     return {readPixels(*input, allocate), false};
+}
+
+} // namespace
+
+DecodedImage decodeStillImage(const QString& path, const PixelAllocator& allocate)
+{
+    applyDecoderLimits();
+    try {
+        return decodeStoredImage(path, allocate);
+    } catch (const std::runtime_error&) {
+        throw;
+    } catch (const std::exception& e) {
+        // OpenImageIO's readers let other errors out of damaged files too
+        // (std::length_error from the GIF reader, for one): all mean the same.
+        fail(std::string("unreadable image: ") + e.what());
+    }
 }
 
 } // namespace torvex

@@ -1,6 +1,8 @@
 #include "NdArray.h"
 
-#include <QSaveFile>
+#include "toolboxes/importData/FileSaving.h"
+
+#include <QIODevice>
 
 namespace torvex {
 
@@ -42,24 +44,26 @@ void saveNpy(const NdArray& array, const QString& path)
     header += std::string(total - 10 - header.size() - 1, ' ') + "\n";
     const auto headerLength = static_cast<uint16_t>(header.size());
 
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        throw std::runtime_error("Cannot write " + path.toStdString() + ": " + file.errorString().toStdString());
     const char magic[8] = {'\x93', 'N', 'U', 'M', 'P', 'Y', 1, 0};
-    file.write(magic, 8);
     const char length[2] = {static_cast<char>(headerLength & 0xff), static_cast<char>(headerLength >> 8)};
-    file.write(length, 2);
-    file.write(header.data(), static_cast<qint64>(header.size()));
-    // Write frame by frame so that a view never needs a second full-size copy.
-    auto writeBlock = [&](const NdArray& block) {
-        const NdArray contiguous = block.is_contiguous() && block.byteOrder() == ByteOrder::Native ? block : block.copy();
-        file.write(reinterpret_cast<const char*>(contiguous.data()), contiguous.nbytes());
-    };
-    if (array.ndim() == 0 || array.extent(0) == 0 || array.is_contiguous()) writeBlock(array);
-    else
-        for (int64_t i = 0; i < array.extent(0); ++i) writeBlock(array.index(i));
-    if (!file.commit())
-        throw std::runtime_error("Cannot write " + path.toStdString() + ": " + file.errorString().toStdString());
+    try {
+        saveFile(path, [&](QIODevice& file) {
+            file.write(magic, 8);
+            file.write(length, 2);
+            file.write(header.data(), static_cast<qint64>(header.size()));
+            // Write frame by frame so that a view never needs a second full-size copy.
+            auto writeBlock = [&](const NdArray& block) {
+                const NdArray contiguous =
+                    block.is_contiguous() && block.byteOrder() == ByteOrder::Native ? block : block.copy();
+                file.write(reinterpret_cast<const char*>(contiguous.data()), contiguous.nbytes());
+            };
+            if (array.ndim() == 0 || array.extent(0) == 0 || array.is_contiguous()) writeBlock(array);
+            else
+                for (int64_t i = 0; i < array.extent(0); ++i) writeBlock(array.index(i));
+        });
+    } catch (const std::runtime_error& e) {
+        throw std::runtime_error("Cannot write " + path.toStdString() + ": " + e.what());
+    }
 }
 
 } // namespace torvex

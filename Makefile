@@ -49,5 +49,6 @@ check-threads: deps
 fuzz: sanitized-build
 	fuzz/run-all.sh $(SANITIZED_DIR)/fuzz $(FUZZ_SECONDS)
 
+# Every benchmark, then one table of figure, limit, ratio and target.
 bench: build
-	@for b in $(BUILD_DIR)/bench/bench_*; do [ -x "$$b" ] && "$$b"; done
+	sh bench/report.sh $(BUILD_DIR)

@@ -11,6 +11,8 @@
 #include <map>
 #include <string>
 
+#include <unistd.h>
+
 using namespace torvex;
 
 namespace {
@@ -126,6 +128,8 @@ template <class Convert> void cycleFrames(benchmark::State& state, const Layout&
 // the median stands for the run (it is reported after the repetitions).
 class SummaryReporter : public benchmark::ConsoleReporter {
 public:
+    using ConsoleReporter::ConsoleReporter;
+
     std::map<std::string, double> msPerFrame;
 
     void ReportRuns(const std::vector<Run>& runs) override
@@ -155,7 +159,8 @@ int main(int argc, char** argv)
             ->UseRealTime();
     }
     benchmark::Initialize(&argc, argv);
-    SummaryReporter reporter;
+    // Colours only on a terminal: their codes would run into the lines read by bench/report.sh.
+    SummaryReporter reporter(isatty(STDOUT_FILENO) ? SummaryReporter::OO_Defaults : SummaryReporter::OO_Tabular);
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
 

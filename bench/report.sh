@@ -55,8 +55,10 @@ for exe; do
     "$exe" >"$logdir/$name.out" 2>"$logdir/$name.err"
     status=$?
     printf ' %s s\n' $(($(date +%s) - start)) >&2
-    count=$(grep -c '^BENCH|' "$logdir/$name.out")
-    grep '^BENCH|' "$logdir/$name.out" >>"$rows"
+    # From the tag on, in case other output (a colour code) shares the line.
+    before=$(wc -l <"$rows")
+    awk '{ at = index($0, "BENCH|"); if (at) print substr($0, at) }' "$logdir/$name.out" >>"$rows"
+    count=$(($(wc -l <"$rows") - before))
     if [ "$status" -ne 0 ] || [ "$count" -eq 0 ]; then
         echo "$name: exit status $status after $count figures; output in $logdir/$name.out and .err" >>"$failures"
     fi

@@ -6,7 +6,10 @@ set -uo pipefail
 bin=$1
 seconds=$2
 seeds=$(cd "$(dirname "$0")" && pwd)/corpus
-export QT_QPA_PLATFORM=offscreen ASAN_OPTIONS=detect_leaks=0
+export QT_QPA_PLATFORM=offscreen ASAN_OPTIONS=detect_leaks=0:quarantine_size_mb=64
+# OpenImageIO's plugins alone take half a gigabyte; one allocation above 2 GB
+# is still a finding.
+limits="-rss_limit_mb=4096 -malloc_limit_mb=2048"
 
 pids=()
 names=()
@@ -14,7 +17,7 @@ for fuzzer in "$bin"/fuzz_*; do
   [ -x "$fuzzer" ] || continue
   name=$(basename "$fuzzer")
   mkdir -p "$bin/learned/$name"
-  "$fuzzer" -max_total_time="$seconds" -print_final_stats=1 -artifact_prefix="$bin/$name-" \
+  "$fuzzer" -max_total_time="$seconds" -print_final_stats=1 $limits -artifact_prefix="$bin/$name-" \
     "$bin/learned/$name" "$seeds/$name" > "$bin/$name.log" 2>&1 &
   pids+=($!)
   names+=("$name")

@@ -1,4 +1,5 @@
 #include "ImageLoaderWorker.h"
+#include "ThreadHandOff.h"
 
 #include "sequence/FrameShape.h"
 #include "sequence/FrameStack.h"
@@ -102,6 +103,7 @@ void _ImageLoaderWorker::run()
         }
 
         if (_cancelled) return;
+        markSending();
         emit finished(_load_id, stack.take());
     } catch (const std::exception& e) {
         if (!_cancelled) emit error(_load_id, QString::fromUtf8(e.what()));

@@ -1,6 +1,7 @@
 // The window's side of a background image load: start, supersede, lock, take over.
 #include "toolboxes/importData/ImageLoaderWorker.h"
 #include "toolboxes/importData/ImportData.h"
+#include "toolboxes/importData/ThreadHandOff.h"
 
 #include "toolboxes/importData/ImportDataForm.h"
 
@@ -60,6 +61,7 @@ void ImportData::_onLoadProgress(int done, int total)
 void ImportData::_onLoadFinished(int load_id, const NdArray& image_sequence)
 {
     if (load_id != _load_id) return; // a superseded load
+    markReceived();
     imageSequence = image_sequence;
     selectedimageSequence = image_sequence;
     _setLoadingState(false);

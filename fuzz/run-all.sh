@@ -14,7 +14,7 @@ limits="-rss_limit_mb=4096 -malloc_limit_mb=2048"
 pids=()
 names=()
 for fuzzer in "$bin"/fuzz_*; do
-  [ -x "$fuzzer" ] || continue
+  [ -f "$fuzzer" ] && [ -x "$fuzzer" ] || continue
   name=$(basename "$fuzzer")
   mkdir -p "$bin/learned/$name"
   "$fuzzer" -max_total_time="$seconds" -print_final_stats=1 $limits -artifact_prefix="$bin/$name-" \

@@ -19,6 +19,8 @@ TEST(ImageSequenceLoadFunctionText, UsageCommentShowsFolderOfFirstFile)
     EXPECT_EQ(usageComment({"a.png"}), "# imgs = load_image_sequence(r\"path/to/folder\")");
     EXPECT_EQ(usageComment({""}), "# imgs = load_image_sequence(r\"path/to/folder\")");
     EXPECT_EQ(usageComment({"C:\\x\"y/a.png"}), "# imgs = load_image_sequence(r\"C:\\x\"y\")"); // no escaping
+    // A line end would end the comment: such a name is written as a literal.
+    EXPECT_EQ(usageComment({"/x\ny/a.png"}), "# imgs = load_image_sequence('/x\\ny')");
     EXPECT_THROW(imageSequenceLoadFunctionText({}, "*.png", false), std::runtime_error);
 }
 

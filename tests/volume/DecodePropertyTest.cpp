@@ -11,9 +11,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
+#include <functional>
+#include <memory>
+#include <optional>
 #include <random>
 #include <sstream>
+#include <vector>
 
 namespace torvex {
 namespace {
@@ -144,14 +149,15 @@ Panel panelOf(const ImportData& w)
     return p;
 }
 
-// Checks the window against the rules for its current panel; `before` is the
-// stack it held before the edit, which a missing width or height keeps. The
-// status is checked only when `reacted`: an edit that changes no value sends no
-// signal, and right after opening the status tells of the opening.
 // Counts of the outcomes met, so that the test shows it meets each of them.
 struct Outcomes {
     int stacks = 0, errors = 0, unset = 0;
 };
+
+// Checks the window against the rules for its current panel; `before` is the
+// stack it held before the edit, which a missing width or height keeps. The
+// status is checked only when `reacted`: an edit that changes no value sends no
+// signal, and right after opening the status tells of the opening.
 
 void expectRuleHolds(const ImportData& w, qint64 fileBytes, const std::optional<NdArray>& before, bool reacted,
                      Outcomes& met)
@@ -162,9 +168,13 @@ void expectRuleHolds(const ImportData& w, qint64 fileBytes, const std::optional<
     const QString status = w.ui->statusbar->currentMessage();
     if (p.width == 0 || p.height == 0) {
         ++met.unset;
-        if (reacted) EXPECT_EQ(status.toStdString(), "Set width and height to preview the data");
+        if (reacted) {
+            EXPECT_EQ(status.toStdString(), "Set width and height to preview the data");
+        }
         EXPECT_EQ(w.prasedData.has_value(), before.has_value());
-        if (w.prasedData && before) EXPECT_EQ(w.prasedData->data(), before->data());
+        if (w.prasedData && before) {
+            EXPECT_EQ(w.prasedData->data(), before->data());
+        }
         return;
     }
     if (const std::optional<Shape> shape = expectedShape(p, fileBytes)) {
@@ -175,12 +185,16 @@ void expectRuleHolds(const ImportData& w, qint64 fileBytes, const std::optional<
         ASSERT_TRUE(w.transferedData);
         EXPECT_EQ(w.transferedData->shape(), *shape); // the default transfer leaves the stack as it is
         EXPECT_EQ(w.transferedData->data(), w.prasedData->data());
-        if (reacted) EXPECT_TRUE(status.startsWith("Remaining bytes (unread): ")) << status.toStdString();
+        if (reacted) {
+            EXPECT_TRUE(status.startsWith("Remaining bytes (unread): ")) << status.toStdString();
+        }
     } else {
         ++met.errors;
         EXPECT_FALSE(w.prasedData) << "shape " << ::testing::PrintToString(w.prasedData->shape());
         EXPECT_FALSE(w.transferedData);
-        if (reacted) EXPECT_TRUE(status.startsWith("Error: ")) << status.toStdString();
+        if (reacted) {
+            EXPECT_TRUE(status.startsWith("Error: ")) << status.toStdString();
+        }
     }
 }
 

@@ -10,6 +10,7 @@
 #include <QDialogButtonBox>
 #include <QFileDialog>
 #include <QFontDatabase>
+#include <QIODevice>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTextEdit>

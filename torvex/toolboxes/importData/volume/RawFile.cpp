@@ -43,7 +43,9 @@ struct FileDescriptor {
 QByteArray readWholeFile(const QString& path)
 {
     const QByteArray native = QFile::encodeName(path);
-    const FileDescriptor file{::open(native.constData(), O_RDONLY | O_CLOEXEC)};
+    // Without blocking: a FIFO that nobody writes would hold the window for ever
+    // at the open. It is then turned away as no regular file.
+    const FileDescriptor file{::open(native.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)};
     if (file.fd < 0) failWith(path, std::strerror(errno));
     struct stat info {};
     if (::fstat(file.fd, &info) != 0) failWith(path, std::strerror(errno));

@@ -1,6 +1,6 @@
 // Generate Function in the real window: the dialog with the generated text,
 // the failures that open none, and saving the text to a file.
-#include "ModalScript.h"
+#include "FunctionDialogSteps.h"
 #include "VolumePanel.h"
 #include "toolboxes/importData/ImportData.h"
 
@@ -23,64 +23,7 @@
 namespace torvex {
 namespace {
 
-using Step = test::ModalScript::Step;
-
-// In the dialog of the generated text: look at its text box, then press the button of that text.
-Step pressInFunctionDialog(const QString& button, std::function<void(QTextEdit*)> look = {})
-{
-    return {[](QWidget* modal) { return modal->windowTitle() == "Generated Load Function"; },
-            [button, look](QWidget* dialog) {
-                if (look) look(dialog->findChild<QTextEdit*>());
-                for (QPushButton* b : dialog->findChildren<QPushButton*>()) {
-                    if (b->text().remove('&') == button) {
-                        b->click();
-                        return;
-                    }
-                }
-                ADD_FAILURE() << "no button " << button.toStdString();
-                dialog->close();
-            }};
-}
-
-// Picks `path` in the save dialog; `before` runs just before the choice is accepted.
-Step saveAs(const QString& path, std::function<void()> before = {})
-{
-    return {[](QWidget* modal) { return qobject_cast<QFileDialog*>(modal) != nullptr; },
-            [path, before](QWidget* modal) {
-                auto* dialog = static_cast<QFileDialog*>(modal);
-                EXPECT_EQ(dialog->windowTitle().toStdString(), "Save Function to File");
-                EXPECT_EQ(dialog->nameFilters().join(";;").toStdString(), "Python Files (*.py);;All Files (*)");
-                // Qt's own question before replacing a file is not the window's; answer it in advance.
-                dialog->setOption(QFileDialog::DontConfirmOverwrite);
-                // Typed, as selectFile leaves alone the name field that has the focus.
-                dialog->findChild<QLineEdit*>("fileNameEdit")->setText(path);
-                if (before) before();
-                QMetaObject::invokeMethod(dialog, "accept"); // protected in QFileDialog, a slot all the same
-            }};
-}
-
-Step cancelSave()
-{
-    return {[](QWidget* modal) { return qobject_cast<QFileDialog*>(modal) != nullptr; },
-            [](QWidget* modal) { static_cast<QFileDialog*>(modal)->reject(); }};
-}
-
-// Notes "title|text" of a message box and closes it, after `then`.
-Step messageBox(QStringList& noted, std::function<void()> then = {})
-{
-    return {[](QWidget* modal) { return qobject_cast<QMessageBox*>(modal) != nullptr; },
-            [&noted, then](QWidget* modal) {
-                noted << modal->windowTitle() + "|" + static_cast<QMessageBox*>(modal)->text();
-                if (then) then();
-                modal->close();
-            }};
-}
-
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");
-}
+using namespace test;
 
 // A disk that takes no more than a few bytes per file, for as long as this
 // lives. Stands in for an unwritable target also for root, whom folder

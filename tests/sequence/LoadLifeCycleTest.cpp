@@ -5,6 +5,7 @@
 #include "toolboxes/importData/ImportDataForm.h"
 
 #include "../support/TempFiles.h"
+#include "../support/WaitUntil.h"
 
 #include <QElapsedTimer>
 #include <QImage>
@@ -13,6 +14,7 @@
 #include <gtest/gtest.h>
 
 using namespace torvex;
+using test::waitUntil;
 
 namespace {
 
@@ -43,17 +45,6 @@ protected:
     static QTemporaryDir* folder;
 
     static bool loading(const ImportData& w) { return w._loader_thread && w._loader_thread->isRunning(); }
-
-    static bool waitUntil(const std::function<bool()>& done)
-    {
-        QElapsedTimer clock;
-        clock.start();
-        while (clock.elapsed() < 60000) {
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-            if (done()) return true;
-        }
-        return false;
-    }
 };
 QTemporaryDir* LoadLifeCycle::folder = nullptr;
 

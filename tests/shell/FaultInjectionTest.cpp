@@ -11,10 +11,11 @@
 #include "toolboxes/importData/ImportDataForm.h"
 #include "toolboxes/importData/sequence/PlaceholderFrame.h"
 
-#include "../loadfunction/ModalScript.h"
+#include "../loadfunction/FunctionDialogSteps.h"
 #include "../loadfunction/VolumePanel.h"
 #include "../support/ModalWatcher.h"
 #include "../support/TempFiles.h"
+#include "../support/WaitUntil.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -55,23 +56,13 @@ namespace torvex {
 namespace {
 
 using namespace std::chrono_literals;
+using namespace test;
 
 constexpr uid_t kNobody = 65534;
 constexpr int kCannotDropPrivileges = 77;
 
 QString childRole() { return qEnvironmentVariable("TORVEX_FAULT_CHILD"); }
 QString childDir() { return qEnvironmentVariable("TORVEX_FAULT_DIR"); }
-
-bool waitUntil(const std::function<bool()>& done)
-{
-    QElapsedTimer clock;
-    clock.start();
-    while (clock.elapsed() < 60000) {
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-        if (done()) return true;
-    }
-    return false;
-}
 
 bool loading(const ImportData& w) { return w._loader_thread && w._loader_thread->isRunning(); }
 bool loaded(const ImportData& w) { return w.imageSequence && !loading(w); }
@@ -255,58 +246,12 @@ TEST(FaultInjection, FilesLostBetweenListingAndLoadingBecomePlaceholders)
 
 // ---------------------------------------------------------------- saving
 
-using Step = test::ModalScript::Step;
-
-Step pressInFunctionDialog(const QString& button)
-{
-    return {[](QWidget* modal) { return modal->windowTitle() == "Generated Load Function"; },
-            [button](QWidget* dialog) {
-                for (QPushButton* b : dialog->findChildren<QPushButton*>()) {
-                    if (b->text().remove('&') == button) {
-                        b->click();
-                        return;
-                    }
-                }
-                ADD_FAILURE() << "no button " << button.toStdString();
-                dialog->close();
-            }};
-}
-
-// Picks `path` in the save dialog.
-Step saveAs(const QString& path)
-{
-    return {[](QWidget* modal) { return qobject_cast<QFileDialog*>(modal) != nullptr; },
-            [path](QWidget* modal) {
-                auto* dialog = static_cast<QFileDialog*>(modal);
-                dialog->setOption(QFileDialog::DontConfirmOverwrite);
-                dialog->findChild<QLineEdit*>("fileNameEdit")->setText(path);
-                QMetaObject::invokeMethod(dialog, "accept");
-            }};
-}
-
-// Notes "title|text" of a message box and closes it, after `then`.
-Step messageBox(QStringList& noted, std::function<void()> then = {})
-{
-    return {[](QWidget* modal) { return qobject_cast<QMessageBox*>(modal) != nullptr; },
-            [&noted, then](QWidget* modal) {
-                noted << modal->windowTitle() + "|" + static_cast<QMessageBox*>(modal)->text();
-                if (then) then();
-                modal->close();
-            }};
-}
-
 void play(ImportData& w, std::vector<Step> steps)
 {
     test::ModalScript script(std::move(steps));
     w.onGenerateFunction();
     EXPECT_EQ(script.pendingSteps(), 0);
     EXPECT_EQ(script.unexpected.join('\n').toStdString(), "");
-}
-
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");
 }
 
 mode_t fileTypeOf(const char* path)

@@ -1,4 +1,3 @@
-#include "toolboxes/importData/entries/OutputFormat.h"
 #include "toolboxes/importData/entries/VariableNames.h"
 #include "toolboxes/importData/entries/VolumeParams.h"
 
@@ -26,22 +25,4 @@ TEST(VolumeParams, MissingFieldsTakeTheRestoreFallbacks)
     EXPECT_EQ(partial.width, 7);
     EXPECT_EQ(partial.imgType, "8-bit");
     EXPECT_EQ(VolumeParams{.gap = 1}.withFallbacks().width, 0); // not the 400 of a reset
-    EXPECT_EQ(VolumeParams::resetValues().height, 640);
-}
-
-TEST(OutputFormat, OnlyDhwcCopies)
-{
-    NdArray gray = NdArray::zeros({2, 3, 4, 1}, DType::UInt16);
-    const NdArray dhwc = reformatForImport(gray, "DHWC", false);
-    EXPECT_EQ(dhwc.shape(), (Shape{2, 3, 4}));
-    EXPECT_FALSE(dhwc.sharesStorageWith(gray));
-    EXPECT_EQ(reformatForImport(gray, "DHWC", true).shape(), (Shape{2, 3, 4, 1}));
-    const NdArray hwcd = reformatForImport(gray, "HWCD", false);
-    EXPECT_EQ(hwcd.shape(), (Shape{3, 4, 2}));
-    EXPECT_TRUE(hwcd.sharesStorageWith(gray));
-    // A single frame keeps its frame axis; only the channel axis goes.
-    EXPECT_EQ(reformatForImport(NdArray::zeros({1, 3, 4, 1}, DType::UInt8), "HWCD", false).shape(), (Shape{3, 4, 1}));
-    EXPECT_EQ(reformatForImport(NdArray::zeros({2, 3, 4, 3}, DType::UInt8), "HWCD", false).shape(),
-              (Shape{3, 4, 3, 2}));
-    EXPECT_TRUE(reformatForImport(gray, "other", false).sharesStorageWith(gray));
 }

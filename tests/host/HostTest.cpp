@@ -20,9 +20,6 @@ TEST(Host, ImportedVariablesShowInThePanelAndSaveForNumPy)
     const QString raw = test::writeFile(dir.filePath("v.raw"), bytes);
 
     HostWindow host(raw);
-    EXPECT_EQ(host.appContext()->get_component("workspace_manager"),
-              host.appContext()->get_component("workspace_manager"));
-    EXPECT_EQ(host.appContext()->get_component("other"), nullptr);
     ImportData* tool = host.importData();
     tool->ui->comboBox_imgType->setCurrentText("16-bit Unsigned");
     tool->ui->comboBox_order->setCurrentText("C");

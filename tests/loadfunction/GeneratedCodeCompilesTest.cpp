@@ -122,8 +122,9 @@ TEST(GeneratedCodeCompiles, ForAnyFilterAndFileNamesAndEveryVolumeLayout)
     Batch batch;
 
     // The image sequence function, in both filter modes.
-    const QStringList fixedFilters = {"", "\\", "a\\", "'", "\"", "'\"", "\\'", "\n", "\r", QString(QChar(u'\0')),
-                                      QString::fromUtf8("\U0001F600*.png"), "^img_\\d+\\.tif$"};
+    const QStringList fixedFilters = {"", "\\", "a\\", "'", "\"", "'\"", "\\'", "\n", "\r", QString(QChar(u'\0')), "'''",
+                                      "\"\"\"", QString(QChar(0xdc00)), QString::fromUtf8("\U0001F600*.png"),
+                                      "^img_\\d+\\.tif$"};
     const QStringList fixedFolders = {"/data/x\\/a.png", "/x\ny/a.png", "/x\r/a.png", "a.png", "",
                                       QString("/x") + QChar(u'\0') + "y/a.png", "/q\"uote/a.png", "/\\/a.png",
                                       QString("/ends\\\n") + "import os/a.png"};
@@ -148,30 +149,18 @@ TEST(GeneratedCodeCompiles, ForAnyFilterAndFileNamesAndEveryVolumeLayout)
         for (const QString format : {"DHWC", "HWCD"}) {
             for (int variant = 0; variant < 8; ++variant) {
                 const bool transfer = variant & 4;
-                const LoadFunctionParams p{.imgType = type.name,
-                                           .offset = pick({0, 1, 4096, INT_MAX}),
-                                           .gap = variant & 1 ? pick({1, 64, INT_MAX}) : 0,
-                                           .width = pick({1, 7, 640, INT_MAX}),
-                                           .height = pick({1, 9, 480, INT_MAX}),
-                                           .frame = pick({0, 1, 3, INT_MAX}),
-                                           .littleEndian = bool(pick({0, 1})),
-                                           .readOrder = pick({0, 1}) ? "C" : "F",
-                                           .colorOrder = pick({0, 1}) ? "ABCABC" : "AABBCC",
-                                           .permute = transfer ? "2,0,1" : "0,1,2",
-                                           .hflip = transfer && pick({0, 1}),
-                                           .vflip = transfer && pick({0, 1}),
-                                           .data_format = format,
-                                           .keep_c_on_gray = bool(variant & 2)};
+                const LoadFunctionParams p{
+                    .imgType = type.name, .offset = pick({0, 1, 4096, INT_MAX}),
+                    .gap = variant & 1 ? pick({-1, 1, 64, INT_MAX}) : 0, .width = pick({1, 7, 640, INT_MAX}),
+                    .height = pick({1, 9, 480, INT_MAX}), .frame = pick({0, 1, 3, INT_MAX}),
+                    .littleEndian = bool(pick({0, 1})), .readOrder = pick({0, 1}) ? "C" : "F",
+                    .colorOrder = pick({0, 1}) ? "ABCABC" : "AABBCC", .permute = transfer ? "2,0,1" : "0,1,2",
+                    .hflip = transfer && pick({0, 1}), .vflip = transfer && pick({0, 1}), .data_format = format,
+                    .keep_c_on_gray = bool(variant & 2)};
                 batch.add('v', volumeLoadFunctionText(p),
                           QString("%1 %2 keep_c %3 gap %4 permute %5 flips %6%7 %8 %9 LE %10")
-                              .arg(p.imgType, p.data_format)
-                              .arg(p.keep_c_on_gray)
-                              .arg(p.gap)
-                              .arg(p.permute)
-                              .arg(p.hflip)
-                              .arg(p.vflip)
-                              .arg(p.colorOrder, p.readOrder)
-                              .arg(p.littleEndian)
+                              .arg(p.imgType, p.data_format).arg(p.keep_c_on_gray).arg(p.gap).arg(p.permute)
+                              .arg(p.hflip).arg(p.vflip).arg(p.colorOrder, p.readOrder).arg(p.littleEndian)
                               .toStdString());
             }
         }

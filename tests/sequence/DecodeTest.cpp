@@ -47,7 +47,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 std::vector<int> normalisedFile(const char* file) { return bytesOf(normaliseToUInt8(decodeStillImage(sequenceFile(file)))); }
 
-TEST(DecodeStillImage, PaletteImagesGiveTheirIndices)
+TEST(DecodeStillImage, PalettesGiveIndicesBilevelsStretchAndCmykKeepsItsInks)
 {
     std::vector<int> indices;
     for (int i = 0; i < 20; ++i) indices.push_back(i % 4);
@@ -57,18 +57,12 @@ TEST(DecodeStillImage, PaletteImagesGiveTheirIndices)
     for (int y = 0; y < 20; ++y)
         for (int x = 0; x < 40; ++x) gif.push_back((x * 3 + y * 7) % 16);
     EXPECT_EQ(normalisedFile("palette.gif"), gif);
-}
 
-TEST(DecodeStillImage, BilevelImagesStretchAsBooleans)
-{
     std::vector<int> expected;
     for (int i = 0; i < 20; ++i) expected.push_back(i % 3 == 0 ? 255 : 0);
     for (const char* file : {"bilevel.png", "bilevel.bmp", "bilevel.pbm", "bilevel.tif"}) EXPECT_EQ(normalisedFile(file), expected) << file;
     EXPECT_EQ(normalisedFile("white_bilevel.png"), std::vector<int>(20, 0));
-}
 
-TEST(DecodeStillImage, CmykKeepsItsInks)
-{
     // The inverse of the RGB it was made from, not that RGB converted back.
     EXPECT_EQ(normalisedFile("cmyk.tif").at(0), 255 - 3);
 }

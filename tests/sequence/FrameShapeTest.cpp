@@ -17,7 +17,7 @@ NdArray counting(const Shape& shape)
     return a;
 }
 
-TEST(PadToCentre, OddRowGoesBelowAndOddColumnRight)
+TEST(PadToCentre, OddRowGoesBelowOddColumnRightAndFullSizeIsNotCopied)
 {
     const NdArray padded = padToCentre(counting({5, 1}), 8, 4);
     ASSERT_EQ(padded.shape(), (Shape{8, 4}));
@@ -26,25 +26,19 @@ TEST(PadToCentre, OddRowGoesBelowAndOddColumnRight)
                                     0, 1, 0, 0, 0, 2, 0, 0, 0, 3, 0, 0, 0, 4, 0, 0, 0, 5, 0, 0,
                                     0, 0, 0, 0, 0, 0, 0, 0};
     EXPECT_EQ(bytesOf(padded), expected);
-}
 
-TEST(PadToCentre, FullSizeImageIsNotCopied)
-{
     const NdArray image = counting({2, 3, 3});
     EXPECT_TRUE(padToCentre(image, 2, 3).sharesStorageWith(image));
     EXPECT_EQ(padToCentre(image, 4, 3).shape(), (Shape{4, 3, 3}));
 }
 
-TEST(UnifyChannels, ToThreeRepeatsGrayAndDropsAlphaOnly)
+TEST(UnifyChannels, RepeatsGrayDropsAlphaOrAveragesWithTruncation)
 {
     EXPECT_EQ(bytesOf(unifyChannels(counting({1, 2}), 3)), (std::vector<int>{1, 1, 1, 2, 2, 2}));
     EXPECT_EQ(bytesOf(unifyChannels(counting({1, 2, 4}), 3)), (std::vector<int>{1, 2, 3, 5, 6, 7}));
     EXPECT_EQ(unifyChannels(counting({1, 2, 2}), 3).shape(), (Shape{1, 2, 2}));
     EXPECT_EQ(unifyChannels(counting({1, 2, 5}), 3).shape(), (Shape{1, 2, 5}));
-}
 
-TEST(UnifyChannels, ToOneAveragesWithTruncation)
-{
     const NdArray gray = unifyChannels(counting({1, 2, 2}), 1); // (1+2)/2, (3+4)/2
     EXPECT_EQ(bytesOf(gray), (std::vector<int>{1, 3}));
     EXPECT_EQ(gray.shape(), (Shape{1, 2}));

@@ -55,17 +55,6 @@ TEST(ImageLoaderWorker, GraySequenceStaysOneChannelWithGrayPlaceholders)
     EXPECT_EQ(px[59], 255);    // 16-bit stretched
 }
 
-TEST(ImageLoaderWorker, OneColourImageMakesEveryFrameRgbAndCentred)
-{
-    const Outcome out = load({"gray8.png", "rgba.png", "palette.png", "binary.bin"});
-    ASSERT_TRUE(out.finished) << out.error.toStdString();
-    EXPECT_EQ(out.stack.shape(), (Shape{4, 4, 5, 3}));
-    const std::vector<int> px = bytesOf(out.stack);
-    EXPECT_EQ(std::vector<int>(px.begin(), px.begin() + 3), (std::vector<int>{3, 3, 3}));    // gray repeated
-    EXPECT_EQ(std::vector<int>(px.begin() + 60, px.begin() + 63), (std::vector<int>{3, 4, 5})); // alpha dropped
-    EXPECT_EQ(std::vector<int>(px.begin() + 180, px.begin() + 183), (std::vector<int>{18, 18, 30}));
-}
-
 TEST(ImageLoaderWorker, OnlyUnreadableFilesGiveDefaultCanvases)
 {
     const Outcome out = load({"empty.png", "missing.png"});

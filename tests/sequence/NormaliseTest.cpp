@@ -18,7 +18,7 @@ template <class T> NdArray arrayOf(DType dtype, std::vector<T> values)
     return a;
 }
 
-TEST(NormaliseToUInt8, TruncatesEveryStretchedType)
+TEST(NormaliseToUInt8, TruncatesEveryStretchedTypeAndFlatOrNanImagesBecomeZero)
 {
     // 1/2 of 255 is 127.5: truncation gives 127 where rounding would give 128.
     const std::vector<int> expected{0, 127, 255};
@@ -27,10 +27,7 @@ TEST(NormaliseToUInt8, TruncatesEveryStretchedType)
     EXPECT_EQ(bytesOf(normaliseToUInt8({arrayOf<uint32_t>(DType::UInt32, {0, 2000000000u, 4000000000u})})), expected);
     EXPECT_EQ(bytesOf(normaliseToUInt8({arrayOf<float>(DType::Float32, {-1.f, 0.f, 1.f})})), expected);
     EXPECT_EQ(bytesOf(normaliseToUInt8({arrayOf<double>(DType::Float64, {2.0, 2.5, 3.0})})), expected);
-}
 
-TEST(NormaliseToUInt8, ConstantOrNanImagesBecomeZero)
-{
     const double nan = std::nan("");
     EXPECT_EQ(bytesOf(normaliseToUInt8({arrayOf<uint16_t>(DType::UInt16, {9, 9, 9})})), std::vector<int>(3, 0));
     EXPECT_EQ(bytesOf(normaliseToUInt8({arrayOf<double>(DType::Float64, {0.0, nan, 1.0})})), std::vector<int>(3, 0));

@@ -24,12 +24,14 @@ QString fileWith(const QByteArray& bytes)
 
 QStringList linesOf(const std::u32string& text) { return wrapLines(splitTextLines(text), 100); }
 
-TEST(PlaceholderText, SplitsAtEveryLineBoundaryButNotAfterTheLast)
+TEST(PlaceholderText, SplitsAtEveryLineBoundaryAndWrapsByCharacterCount)
 {
     EXPECT_EQ(linesOf(U"a\nb\vc\fd\x1c" U"e\x1d" U"f\x1e" U"g\x85h\u2028i\u2029j\rk\r\nl\n"),
               QStringList({"a", "b", "c", "d", "e", "f", "g", "h", "i", "j", "k", "l"}));
     EXPECT_EQ(linesOf(U"\n\nx"), QStringList({"", "", "x"}));
     EXPECT_EQ(linesOf(U""), QStringList());
+    EXPECT_EQ(wrapLines({U"abcdefg", U"", U"abcdef"}, 3), QStringList({"abc", "def", "g", "", "abc", "def"}));
+    EXPECT_EQ(wrapLines({U"\U0001F600x"}, 1), QStringList({QString::fromUtf8("\U0001F600"), "x"}));
 }
 
 TEST(PlaceholderText, ReadsStrictUtf8WithNewlinesTranslated)
@@ -42,12 +44,6 @@ TEST(PlaceholderText, ReadsStrictUtf8WithNewlinesTranslated)
     for (const char* bad : {"\xed\xa0\x80", "\xc0\xaf", "ok\xc3", "\xf4\x90\x80\x80", "\xff"})
         EXPECT_FALSE(readTextHead(fileWith(bad), 8192)) << bad;
     EXPECT_EQ(readTextHead(fileWith("\xf0\x9f\x98\x80" "ab"), 2), U"\U0001F600a");
-}
-
-TEST(PlaceholderText, WrapsByCharacterCount)
-{
-    EXPECT_EQ(wrapLines({U"abcdefg", U"", U"abcdef"}, 3), QStringList({"abc", "def", "g", "", "abc", "def"}));
-    EXPECT_EQ(wrapLines({U"\U0001F600x"}, 1), QStringList({QString::fromUtf8("\U0001F600"), "x"}));
 }
 
 TEST(PlaceholderText, HexRowsHoldWhatTheWidthAllows)

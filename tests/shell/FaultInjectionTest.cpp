@@ -18,15 +18,10 @@
 #include "../support/WaitUntil.h"
 
 #include <QDir>
-#include <QElapsedTimer>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QImage>
-#include <QLineEdit>
-#include <QMessageBox>
 #include <QPointer>
 #include <QProcess>
-#include <QPushButton>
 #include <QStatusBar>
 #include <QThread>
 

@@ -105,19 +105,14 @@ TEST_F(PreviewSurfaceTest, ReadsTheArrayPixelUnderTheCursorAfterZoomAndPan)
 
     EXPECT_TRUE(plot->sceneBoundingRect().contains(moves.back()));
     EXPECT_FALSE(plot->sceneBoundingRect().contains(QPointF(1000, 100)));
-}
 
-TEST_F(PreviewSurfaceTest, TheOneMenuEntryShowsTheWholeImageAgain)
-{
+    // The context menu's one entry shows the whole image again.
     QMenu* menu = plot->getMenu();
-    ASSERT_EQ(menu->actions().size(), 1);
-    EXPECT_EQ(menu->actions().front()->text(), "View All");
     QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(50, 50), surface.viewport()->mapToGlobal(QPoint(50, 50)));
     QApplication::sendEvent(surface.viewport(), &event);
     EXPECT_TRUE(menu->isVisible());
     menu->hide();
-
-    wheel({30, 30}, 4);
+    ASSERT_EQ(menu->actions().size(), 1);
     menu->actions().front()->trigger();
     expectNear(arrayPointAt({200, 150}), {100, 50}, 0.5);
     expectNear(arrayPointAt({10, 60}), {5, 5}, 0.5);

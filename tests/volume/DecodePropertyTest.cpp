@@ -31,12 +31,10 @@ struct TypeRule {
     DType dtype;
 };
 constexpr TypeRule kTypes[] = {
-    {"8-bit", 8, 1, DType::UInt8},          {"16-bit Signed", 16, 1, DType::Int16},
-    {"16-bit Unsigned", 16, 1, DType::UInt16}, {"32-bit Signed", 32, 1, DType::Int32},
-    {"32-bit Unsigned", 32, 1, DType::UInt32}, {"16-bit Real", 16, 1, DType::Float16},
-    {"32-bit Real", 32, 1, DType::Float32},  {"64-bit Real", 64, 1, DType::Float64},
-    {"24-bit RGB", 24, 3, DType::UInt8},     {"24-bit BGR", 24, 3, DType::UInt8},
-    {"32-bit ARGB", 32, 4, DType::UInt8},    {"32-bit ABGR", 32, 4, DType::UInt8},
+    {"8-bit", 8, 1, DType::UInt8},          {"16-bit Signed", 16, 1, DType::Int16},  {"16-bit Unsigned", 16, 1, DType::UInt16},
+    {"32-bit Signed", 32, 1, DType::Int32}, {"32-bit Unsigned", 32, 1, DType::UInt32}, {"16-bit Real", 16, 1, DType::Float16},
+    {"32-bit Real", 32, 1, DType::Float32}, {"64-bit Real", 64, 1, DType::Float64},  {"24-bit RGB", 24, 3, DType::UInt8},
+    {"24-bit BGR", 24, 3, DType::UInt8},    {"32-bit ARGB", 32, 4, DType::UInt8},    {"32-bit ABGR", 32, 4, DType::UInt8},
     {"1-bit Bitmap", 1, 1, DType::UInt8},
 };
 
@@ -81,10 +79,7 @@ class Generator {
 public:
     explicit Generator(unsigned seed) : rng_(seed) {}
 
-    int oneOf(std::initializer_list<int> values)
-    {
-        return *(values.begin() + below(static_cast<int>(values.size())));
-    }
+    int oneOf(std::initializer_list<int> values) { return *(values.begin() + below(static_cast<int>(values.size()))); }
     int below(int n) { return std::uniform_int_distribution<int>(0, n - 1)(rng_); }
     bool chance(int percent) { return below(100) < percent; }
 
@@ -135,9 +130,9 @@ Panel panelOf(const ImportData& w)
 {
     Panel p;
     const QString name = w.ui->comboBox_imgType->currentText();
-    p.type = static_cast<int>(std::find_if(std::begin(kTypes), std::end(kTypes),
-                                           [&](const TypeRule& t) { return name == t.name; }) -
-                              std::begin(kTypes));
+    p.type = static_cast<int>(
+        std::find_if(std::begin(kTypes), std::end(kTypes), [&](const TypeRule& t) { return name == t.name; }) -
+        std::begin(kTypes));
     p.offset = w.ui->spinBox_offset->value();
     p.gap = w.ui->spinBox_gap->value();
     p.width = w.ui->spinBox_width->value();
@@ -158,7 +153,6 @@ struct Outcomes {
 // stack it held before the edit, which a missing width or height keeps. The
 // status is checked only when `reacted`: an edit that changes no value sends no
 // signal, and right after opening the status tells of the opening.
-
 void expectRuleHolds(const ImportData& w, qint64 fileBytes, const std::optional<NdArray>& before, bool reacted,
                      Outcomes& met)
 {
@@ -168,13 +162,9 @@ void expectRuleHolds(const ImportData& w, qint64 fileBytes, const std::optional<
     const QString status = w.ui->statusbar->currentMessage();
     if (p.width == 0 || p.height == 0) {
         ++met.unset;
-        if (reacted) {
-            EXPECT_EQ(status.toStdString(), "Set width and height to preview the data");
-        }
+        if (reacted) EXPECT_EQ(status.toStdString(), "Set width and height to preview the data");
         EXPECT_EQ(w.prasedData.has_value(), before.has_value());
-        if (w.prasedData && before) {
-            EXPECT_EQ(w.prasedData->data(), before->data());
-        }
+        if (w.prasedData && before) EXPECT_EQ(w.prasedData->data(), before->data());
         return;
     }
     if (const std::optional<Shape> shape = expectedShape(p, fileBytes)) {
@@ -185,16 +175,12 @@ void expectRuleHolds(const ImportData& w, qint64 fileBytes, const std::optional<
         ASSERT_TRUE(w.transferedData);
         EXPECT_EQ(w.transferedData->shape(), *shape); // the default transfer leaves the stack as it is
         EXPECT_EQ(w.transferedData->data(), w.prasedData->data());
-        if (reacted) {
-            EXPECT_TRUE(status.startsWith("Remaining bytes (unread): ")) << status.toStdString();
-        }
+        if (reacted) EXPECT_TRUE(status.startsWith("Remaining bytes (unread): ")) << status.toStdString();
     } else {
         ++met.errors;
         EXPECT_FALSE(w.prasedData) << "shape " << ::testing::PrintToString(w.prasedData->shape());
         EXPECT_FALSE(w.transferedData);
-        if (reacted) {
-            EXPECT_TRUE(status.startsWith("Error: ")) << status.toStdString();
-        }
+        if (reacted) EXPECT_TRUE(status.startsWith("Error: ")) << status.toStdString();
     }
 }
 

@@ -69,15 +69,6 @@ testing::AssertionResult showsExactLevels(const NdArray& frame)
 
 } // namespace
 
-TEST(DisplayImage, LevelsAreExactForEveryElementType)
-{
-    for (DType dtype : allTypes) {
-        const QByteArray bytes = encode(randomValues(dtype, 23 * 41), dtype);
-        const int64_t item = itemSize(dtype);
-        EXPECT_TRUE(showsExactLevels(NdArray::strided(bytes, 0, {23, 41}, {41 * item, item}, dtype)));
-    }
-}
-
 TEST(DisplayImage, SmallIntegersAreExactAtEveryLevelBoundary)
 {
     // Every value from lo to lo + span: each quotient that lands on a whole
@@ -96,6 +87,7 @@ TEST(DisplayImage, SmallIntegersAreExactAtEveryLevelBoundary)
 TEST(DisplayImage, EveryLayoutOfAViewShowsItsOwnElements)
 {
     constexpr int64_t h = 37, w = 53;
+    // Every element type, each over its whole range.
     for (DType dtype : allTypes) {
         const int64_t item = itemSize(dtype);
         // Odd padding puts every element at an odd address.
@@ -135,16 +127,14 @@ TEST(DisplayImage, ColourChannelsShareOneRange)
 TEST(DisplayImage, FramesWithoutARangeShowBlack)
 {
     const double nan = std::nan("");
-    for (const auto& [dtype, value] : {std::pair{DType::UInt16, 4000.0}, {DType::Float32, 7.5}, {DType::Float64, nan}}) {
-        const QImage image =
-            displayImage(NdArray::strided(encode(std::vector<double>(600, value), dtype), 0, {20, 30},
-                                          {30 * itemSize(dtype), itemSize(dtype)}, dtype));
-        for (int y = 0; y < image.height(); ++y)
-            for (int x = 0; x < image.width(); ++x) ASSERT_EQ(image.constScanLine(y)[x], 0) << dtypeName(dtype);
+    // Flat, all NaN, and a NaN beside one number: none has a range.
+    const std::vector<std::pair<DType, std::vector<double>>> frames = {
+        {DType::UInt16, std::vector<double>(600, 4000.0)}, {DType::Float32, std::vector<double>(600, 7.5)},
+        {DType::Float64, std::vector<double>(600, nan)}, {DType::Float16, {nan, 3.0, nan}}};
+    for (const auto& [dtype, values] : frames) {
+        const int64_t n = static_cast<int64_t>(values.size()), w = n == 600 ? 30 : n, item = itemSize(dtype);
+        EXPECT_TRUE(showsExactLevels(NdArray::strided(encode(values, dtype), 0, {n / w, w}, {w * item, item}, dtype)));
     }
-    // A NaN beside one number: still no range.
-    EXPECT_TRUE(showsExactLevels(NdArray::strided(encode({nan, 3.0, nan}, DType::Float16), 0, {1, 3}, {6, 2},
-                                                  DType::Float16)));
 }
 
 TEST(DisplayImage, RejectsShapesThatAreNoFrame)

@@ -3,7 +3,7 @@
 // the peak memory of a load against what its result must hold. Both rates are
 // the best of five alternating rounds, as other work on the machine slows them.
 #include "BenchReport.h"
-#include "toolboxes/importData/ImageLoaderWorker.h"
+#include "toolboxes/importData/sequence/ImageLoaderWorker.h"
 
 #include <OpenImageIO/imageio.h>
 

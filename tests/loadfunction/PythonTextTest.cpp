@@ -1,5 +1,5 @@
 #include "PythonProcess.h"
-#include "toolboxes/importData/PythonPath.h"
+#include "toolboxes/importData/sequence/PythonPath.h"
 #include "toolboxes/importData/loadfunction/PythonText.h"
 
 #include <gtest/gtest.h>

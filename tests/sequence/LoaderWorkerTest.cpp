@@ -1,6 +1,6 @@
 #include "SequenceFiles.h"
 
-#include "toolboxes/importData/ImageLoaderWorker.h"
+#include "toolboxes/importData/sequence/ImageLoaderWorker.h"
 
 #include <QSignalSpy>
 

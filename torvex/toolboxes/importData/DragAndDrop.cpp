@@ -1,6 +1,6 @@
 #include "ImportData.h"
 
-#include "PythonPath.h"
+#include "toolboxes/importData/sequence/PythonPath.h"
 #include "toolboxes/importData/ImportDataForm.h"
 
 #include <QDragEnterEvent>

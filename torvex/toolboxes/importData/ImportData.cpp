@@ -1,6 +1,6 @@
 #include "ImportData.h"
 
-#include "ImageLoaderWorker.h"
+#include "toolboxes/importData/sequence/ImageLoaderWorker.h"
 #include "PreviewSurface.h"
 #include "toolboxes/importData/ImportDataForm.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "toolboxes/importData/ImageLoaderWorker.h"
+#include "toolboxes/importData/sequence/ImageLoaderWorker.h"
 #include "toolboxes/importData/ImportDataForm.h"
 #include "toolboxes/importData/entries/DataEntry.h"
 #include "toolboxes/importData/entries/VolumeParams.h"

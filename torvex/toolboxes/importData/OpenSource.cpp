@@ -1,7 +1,7 @@
 #include "ImportData.h"
 
 #include "toolboxes/importData/ImportDataForm.h"
-#include "PythonPath.h"
+#include "toolboxes/importData/sequence/PythonPath.h"
 #include "volume/RawFile.h"
 
 #include <QDir>

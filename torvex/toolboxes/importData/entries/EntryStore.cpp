@@ -4,7 +4,7 @@
 
 #include "toolboxes/importData/ImportDataForm.h"
 
-#include "toolboxes/importData/PythonPath.h"
+#include "toolboxes/importData/sequence/PythonPath.h"
 
 #include <QSignalBlocker>
 

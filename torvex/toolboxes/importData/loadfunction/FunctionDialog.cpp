@@ -3,7 +3,7 @@
 
 #include "ImageSequenceLoadFunction.h"
 #include "VolumeLoadFunction.h"
-#include "toolboxes/importData/FileSaving.h"
+#include "toolboxes/importData/volume/FileSaving.h"
 #include "toolboxes/importData/ImportDataForm.h"
 
 #include <QDialog>

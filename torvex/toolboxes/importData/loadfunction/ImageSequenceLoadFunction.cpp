@@ -1,6 +1,6 @@
 #include "toolboxes/importData/loadfunction/ImageSequenceLoadFunction.h"
 
-#include "toolboxes/importData/PythonPath.h"
+#include "toolboxes/importData/sequence/PythonPath.h"
 #include "toolboxes/importData/loadfunction/PythonText.h"
 
 #include <stdexcept>

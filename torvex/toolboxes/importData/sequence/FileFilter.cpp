@@ -1,6 +1,6 @@
 #include "FileFilter.h"
 
-#include "toolboxes/importData/PythonPath.h"
+#include "toolboxes/importData/sequence/PythonPath.h"
 
 #include <QElapsedTimer>
 #include <QRegularExpression>

@@ -2,7 +2,7 @@
 #include "toolboxes/importData/ImportData.h"
 
 #include "FileFilter.h"
-#include "toolboxes/importData/PythonPath.h"
+#include "toolboxes/importData/sequence/PythonPath.h"
 #include "toolboxes/importData/ImportDataForm.h"
 
 namespace torvex {

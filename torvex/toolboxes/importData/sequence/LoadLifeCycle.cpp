@@ -1,7 +1,7 @@
 // The window's side of a background image load: start, supersede, lock, take over.
-#include "toolboxes/importData/ImageLoaderWorker.h"
+#include "toolboxes/importData/sequence/ImageLoaderWorker.h"
 #include "toolboxes/importData/ImportData.h"
-#include "toolboxes/importData/ThreadHandOff.h"
+#include "toolboxes/importData/sequence/ThreadHandOff.h"
 
 #include "toolboxes/importData/ImportDataForm.h"
 

@@ -1,6 +1,6 @@
 #include "NdArray.h"
 
-#include "toolboxes/importData/FileSaving.h"
+#include "toolboxes/importData/volume/FileSaving.h"
 
 #include <QIODevice>
 

@@ -1,4 +1,4 @@
-#include "FileSaving.h"
+#include "toolboxes/importData/volume/FileSaving.h"
 
 #include <QFile>
 #include <QFileInfo>

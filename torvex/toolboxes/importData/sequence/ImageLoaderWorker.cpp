@@ -1,12 +1,12 @@
-#include "ImageLoaderWorker.h"
-#include "ThreadHandOff.h"
+#include "toolboxes/importData/sequence/ImageLoaderWorker.h"
+#include "toolboxes/importData/sequence/ThreadHandOff.h"
 
-#include "sequence/FrameShape.h"
-#include "sequence/FrameStack.h"
-#include "sequence/Normalise8Bit.h"
-#include "sequence/OrderedParallelDecoder.h"
-#include "sequence/PlaceholderFrame.h"
-#include "sequence/StillImageDecoder.h"
+#include "FrameShape.h"
+#include "FrameStack.h"
+#include "Normalise8Bit.h"
+#include "OrderedParallelDecoder.h"
+#include "PlaceholderFrame.h"
+#include "StillImageDecoder.h"
 
 #include <QCoreApplication>
 

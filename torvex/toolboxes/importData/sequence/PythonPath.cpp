@@ -1,4 +1,4 @@
-#include "PythonPath.h"
+#include "toolboxes/importData/sequence/PythonPath.h"
 
 namespace torvex {
 

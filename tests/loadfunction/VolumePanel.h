@@ -1,7 +1,7 @@
 #pragma once
 
 #include "toolboxes/importData/ImportData.h"
-#include "toolboxes/importData/ImportDataForm.h"
+#include "toolboxes/importData/ui/ImportDataForm.h"
 #include "toolboxes/importData/loadfunction/LoadFunctionParams.h"
 
 namespace torvex::test {

@@ -2,7 +2,7 @@
 // from openFile, close the window while it loads. The thread-checking build
 // runs it with many repetitions (TORVEX_REPEAT), the others with a few.
 #include "toolboxes/importData/ImportData.h"
-#include "toolboxes/importData/ImportDataForm.h"
+#include "toolboxes/importData/ui/ImportDataForm.h"
 
 #include "../support/TempFiles.h"
 #include "../support/WaitUntil.h"

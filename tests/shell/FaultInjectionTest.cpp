@@ -8,7 +8,7 @@
 // tests. Such a test runs this binary again, filtered to itself, with
 // TORVEX_FAULT_CHILD naming the part the child plays.
 #include "toolboxes/importData/ImportData.h"
-#include "toolboxes/importData/ImportDataForm.h"
+#include "toolboxes/importData/ui/ImportDataForm.h"
 #include "toolboxes/importData/sequence/PlaceholderFrame.h"
 
 #include "../loadfunction/FunctionDialogSteps.h"

@@ -1,4 +1,4 @@
-#include "toolboxes/importData/PreviewSurface.h"
+#include "toolboxes/importData/ui/PreviewSurface.h"
 
 #include <QAction>
 #include <QApplication>

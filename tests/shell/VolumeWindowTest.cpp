@@ -1,7 +1,7 @@
 // The window with a raw file: opening, the panel's reaction, preview, readout.
 #include "toolboxes/importData/ImportData.h"
-#include "toolboxes/importData/PreviewSurface.h"
-#include "toolboxes/importData/ImportDataForm.h"
+#include "toolboxes/importData/ui/PreviewSurface.h"
+#include "toolboxes/importData/ui/ImportDataForm.h"
 
 #include "../support/ModalWatcher.h"
 #include "../support/TempFiles.h"

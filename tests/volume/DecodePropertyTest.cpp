@@ -3,7 +3,7 @@
 // the decode rules give, or shows "Error: " and holds none. Nothing else, and
 // no crash, whatever the sizes (zero, too large, overflowing).
 #include "toolboxes/importData/ImportData.h"
-#include "toolboxes/importData/ImportDataForm.h"
+#include "toolboxes/importData/ui/ImportDataForm.h"
 
 #include "../support/TempFiles.h"
 

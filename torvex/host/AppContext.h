@@ -1,44 +1,5 @@
 #pragma once
 
-#include "toolboxes/importData/volume/NdArray.h"
-
-#include <QObject>
-#include <QString>
-
-#include <map>
-#include <memory>
-
-namespace torvex {
-
-// The host's workspace: named arrays that the user's scripts and tools share.
-class WorkspaceManager : public QObject {
-    Q_OBJECT
-public:
-    explicit WorkspaceManager(QObject* parent = nullptr);
-    ~WorkspaceManager() override;
-
-    virtual std::map<QString, NdArray>& get_workspace_data();
-    // Takes the whole map back and tells the host's views that it changed.
-    virtual void update_workspace_data(std::map<QString, NdArray>& workspace_data);
-
-signals:
-    void workspaceChanged();
-
-private:
-    std::map<QString, NdArray> data_;
-};
-
-// The host's context handed to each tool: the gate to its components.
-class AppContext {
-public:
-    AppContext();
-    virtual ~AppContext();
-
-    // The workspace manager for "workspace_manager", nullptr for any other name.
-    virtual WorkspaceManager* get_component(const QString& name);
-
-private:
-    std::unique_ptr<WorkspaceManager> workspaceManager_;
-};
-
-} // namespace torvex
+// The host's side of the Import Data tool's host interface: the tool owns the
+// interface, the host provides the context and workspace that fill it.
+#include "toolboxes/importData/model/AppContext.h"

@@ -20,4 +20,12 @@ VolumeParams VolumeParams::withFallbacks() const
             .hflip = hflip.value_or(false), .vflip = vflip.value_or(false)};
 }
 
+RawLayout VolumeParams::layout() const
+{
+    const VolumeParams p = withFallbacks();
+    return {.imgType = *p.imgType, .offset = *p.offset, .gap = *p.gap, .width = *p.width, .height = *p.height,
+            .frame = *p.totalFrame, .littleEndian = *p.littleEndian, .readOrder = *p.order,
+            .colorOrder = *p.colorOrder};
+}
+
 } // namespace torvex

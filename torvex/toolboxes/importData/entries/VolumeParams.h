@@ -1,5 +1,7 @@
 #pragma once
 
+#include "toolboxes/importData/volume/RawLayout.h"
+
 #include <QString>
 
 #include <optional>
@@ -29,6 +31,9 @@ struct VolumeParams {
     // Every field present, missing ones taken from the fallbacks of a restore
     // (which differ from the start values at width and height: 0, not 400 by 640).
     VolumeParams withFallbacks() const;
+
+    // How these settings read a raw file (missing fields from the fallbacks).
+    RawLayout layout() const;
 
     bool operator==(const VolumeParams&) const = default;
 };

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "toolboxes/importData/entries/VolumeParams.h"
+
 #include <QString>
 
 namespace torvex {
@@ -22,6 +24,9 @@ struct LoadFunctionParams {
     bool vflip = false;
     QString data_format = "DHWC";
     bool keep_c_on_gray = false;
+
+    // The panel's settings with the import's axis order.
+    static LoadFunctionParams from(const VolumeParams& panel, const QString& data_format, bool keep_c_on_gray);
 };
 
 } // namespace torvex

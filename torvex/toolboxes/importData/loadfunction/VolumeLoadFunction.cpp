@@ -1,8 +1,9 @@
 #include "toolboxes/importData/loadfunction/VolumeLoadFunction.h"
 
+#include "toolboxes/importData/volume/ImageTypes.h"
+
 #include <QStringList>
 
-#include <array>
 #include <stdexcept>
 
 namespace torvex {
@@ -19,45 +20,6 @@ QString rows(const QStringList& lines)
 QString pythonBool(bool value)
 {
     return value ? "True" : "False";
-}
-
-// Texts for the generated code, not element types of the window's decoders.
-struct GrayType {
-    const char* imgType;
-    const char* npDtype;
-    int bpp;
-};
-constexpr std::array<GrayType, 8> kGrayDtypeMap{{
-    {"8-bit", "np.uint8", 1},
-    {"16-bit Signed", "np.int16", 2},
-    {"16-bit Unsigned", "np.uint16", 2},
-    {"32-bit Signed", "np.int32", 4},
-    {"32-bit Unsigned", "np.uint32", 4},
-    {"16-bit Real", "np.float16", 2},
-    {"32-bit Real", "np.float32", 4},
-    {"64-bit Real", "np.float64", 8},
-}};
-
-// colorType spells the channels from the high end of a pixel word.
-struct ColorType {
-    const char* imgType;
-    int nCh;
-    const char* colorType;
-};
-constexpr std::array<ColorType, 4> kColorBppMap{{
-    {"24-bit RGB", 3, "rgb"},
-    {"24-bit BGR", 3, "bgr"},
-    {"32-bit ARGB", 4, "argb"},
-    {"32-bit ABGR", 4, "abgr"},
-}};
-
-template <class Table>
-const typename Table::value_type* findType(const Table& table, const QString& imgType)
-{
-    for (const auto& row : table) {
-        if (imgType == QLatin1String(row.imgType)) return &row;
-    }
-    return nullptr;
 }
 
 // Every body checks the file's size before it reads a byte.
@@ -100,11 +62,11 @@ QStringList stackFramesOneByOne(const QStringList& chunkRows)
         };
 }
 
-QString grayLoadBody(const GrayType& type, const LoadFunctionParams& p)
+QString grayLoadBody(const ImageType& type, const LoadFunctionParams& p)
 {
-    const QString bpp = QString::number(type.bpp);
+    const QString bpp = QString::number(type.bytesPerPixel());
     // 8-bit gets the suffix too: the generated text treats all gray types alike.
-    const QString dtypeExpr = QString("np.dtype(") + type.npDtype + ")" + (p.littleEndian ? ".newbyteorder('<')" : "");
+    const QString dtypeExpr = "np.dtype(np." + QString::fromStdString(dtypeName(type.dtype)) + ")" + (p.littleEndian ? ".newbyteorder('<')" : "");
     if (p.gap == 0) {
         // Without gaps the file maps in one piece and copies out in one read.
         return rows(QStringList{
@@ -126,7 +88,7 @@ QString grayLoadBody(const GrayType& type, const LoadFunctionParams& p)
                     });
     }
     return rows(QStringList{"import os as _os", "    _dtype       = " + dtypeExpr}
-                + frameStrideRows(type.bpp)
+                + frameStrideRows(type.bytesPerPixel())
                 + stackFramesOneByOne({
                     "            np.frombuffer(_mm[_s : _s + _frame_bytes], dtype=_dtype).reshape((height, width, 1))",
                 }));
@@ -156,10 +118,10 @@ QString planarChannelStack(const QString& colorType)
     return "prasedData = np.stack([" + planes.join(", ") + "], axis=-1)";
 }
 
-QString colorLoadBody(const ColorType& type, const LoadFunctionParams& p)
+QString colorLoadBody(const ImageType& type, const LoadFunctionParams& p)
 {
     const QString colorType = type.colorType;
-    const QString nCh = QString::number(type.nCh);
+    const QString nCh = QString::number(type.channels);
     QString reshapeLine;
     QString chCode;
     QString chStack;
@@ -167,7 +129,7 @@ QString colorLoadBody(const ColorType& type, const LoadFunctionParams& p)
         reshapeLine = "_arr = np.frombuffer(_raw, dtype=np.uint8).reshape((frame, height, width, " + nCh
                       + "), order=readOrder)";
         chCode = interleavedChannelCode(colorType, p.littleEndian);
-        chStack = type.nCh == 3 ? "prasedData = np.stack([r,g,b], axis=-1)" : "prasedData = np.stack([r,g,b,a], axis=-1)";
+        chStack = type.channels == 3 ? "prasedData = np.stack([r,g,b], axis=-1)" : "prasedData = np.stack([r,g,b,a], axis=-1)";
     } else {
         reshapeLine = "_pl = (np.frombuffer(_raw, dtype=np.uint8).reshape((frame, " + nCh
                       + ", height * width)).reshape((frame, " + nCh + ", height, width)))";
@@ -192,7 +154,7 @@ QString colorLoadBody(const ColorType& type, const LoadFunctionParams& p)
     }
     // Joins the frames without their gaps into one byte string first.
     return rows(QStringList{"import os as _os"}
-                + frameStrideRows(type.nCh)
+                + frameStrideRows(type.channels)
                 + QStringList{
                     "    _mm   = np.memmap(file_name, dtype=np.uint8, mode=\"r\")",
                     "    _raw  = b\"\".join(bytes(_mm[offset + _i * _stride : offset + _i * _stride + _frame_bytes])",
@@ -291,9 +253,8 @@ QString reformatHelper()
 
 QString volumeLoadFunctionText(const LoadFunctionParams& p)
 {
-    const GrayType* gray = findType(kGrayDtypeMap, p.imgType);
-    const ColorType* color = findType(kColorBppMap, p.imgType);
-    if (!gray && !color && p.imgType != "1-bit Bitmap") {
+    const std::optional<ImageType> type = findImageType(p.imgType);
+    if (!type) {
         throw std::runtime_error(("Unsupported image type: " + p.imgType).toStdString());
     }
 
@@ -321,7 +282,10 @@ QString volumeLoadFunctionText(const LoadFunctionParams& p)
         });
     }
 
-    const QString loadBody = gray ? grayLoadBody(*gray, p) : color ? colorLoadBody(*color, p) : bitmapLoadBody(p);
+    const bool color = type->layout == PixelLayout::Color;
+    const QString loadBody = type->layout == PixelLayout::Gray ? grayLoadBody(*type, p)
+                             : color                          ? colorLoadBody(*type, p)
+                                                              : bitmapLoadBody(p);
     const QString colorOrderLine = color ? "colorOrder  = '" + p.colorOrder + "'" : QString();
 
     // Empty pieces still leave their row of four blanks behind.

@@ -28,7 +28,7 @@ std::runtime_error reshapeError(int64_t values, const Shape& shape)
 
 } // namespace
 
-NdArray decodeBitmap(const QByteArray& bytes, const RawDecodeParams& p)
+NdArray decodeBitmap(const QByteArray& bytes, const RawLayout& p)
 {
     checkNonNegative(p.offset, p.gap, p.width, p.height);
     const int64_t pixels = saturatingMul(p.width, p.height);

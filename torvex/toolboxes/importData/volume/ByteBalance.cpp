@@ -1,5 +1,7 @@
 #include "ByteBalance.h"
 
+#include "ImageTypes.h"
+
 #include <cstdio>
 
 namespace torvex {
@@ -12,6 +14,14 @@ ByteBalance ByteBalance::of(int64_t fileBytes, double bytesPerPixel, int64_t off
                                                            bytesPerPixel) *
                                static_cast<double>(frames);
     return {static_cast<double>(fileBytes) - claimed};
+}
+
+std::optional<ByteBalance> ByteBalance::of(int64_t fileBytes, const RawLayout& layout)
+{
+    const std::optional<ImageType> type = findImageType(layout.imgType);
+    if (!type) return std::nullopt;
+    return of(fileBytes, type->balanceBytesPerPixel(), layout.offset, layout.gap, layout.width, layout.height,
+              layout.frame);
 }
 
 QString ByteBalance::signedText() const

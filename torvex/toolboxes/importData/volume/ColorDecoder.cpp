@@ -34,7 +34,7 @@ std::optional<int64_t> evenStep(const std::vector<int64_t>& sources)
 
 } // namespace
 
-NdArray decodeColor(const QByteArray& bytes, const RawDecodeParams& p, const QString& colorType, int bytesPerPixel)
+NdArray decodeColor(const QByteArray& bytes, const RawLayout& p, const QString& colorType, int bytesPerPixel)
 {
     checkNonNegative(p.offset, p.gap, p.width, p.height);
     const int64_t k = bytesPerPixel;

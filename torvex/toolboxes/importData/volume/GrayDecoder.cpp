@@ -3,7 +3,7 @@
 
 namespace torvex {
 
-NdArray decodeGray(const QByteArray& bytes, const RawDecodeParams& p, DType dtype, int bytesPerPixel)
+NdArray decodeGray(const QByteArray& bytes, const RawLayout& p, DType dtype, int bytesPerPixel)
 {
     checkNonNegative(p.offset, p.gap, p.width, p.height);
     const int64_t pixels = saturatingMul(p.width, p.height);

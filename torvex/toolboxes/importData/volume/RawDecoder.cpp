@@ -2,13 +2,13 @@
 
 namespace torvex {
 
-std::optional<NdArray> decodeRawVolume(const QByteArray& bytes, const QString& imgType, const RawDecodeParams& p)
+std::optional<NdArray> decodeRawVolume(const QByteArray& bytes, const RawLayout& p)
 {
-    const std::optional<ImageType> type = findImageType(imgType);
+    const std::optional<ImageType> type = findImageType(p.imgType);
     if (!type) return std::nullopt;
     switch (type->layout) {
-    case PixelLayout::Gray: return decodeGray(bytes, p, type->dtype, type->bytesPerPixel);
-    case PixelLayout::Color: return decodeColor(bytes, p, type->colorType, type->bytesPerPixel);
+    case PixelLayout::Gray: return decodeGray(bytes, p, type->dtype, type->bytesPerPixel());
+    case PixelLayout::Color: return decodeColor(bytes, p, type->colorType, type->bytesPerPixel());
     case PixelLayout::Bitmap: break;
     }
     return decodeBitmap(bytes, p);

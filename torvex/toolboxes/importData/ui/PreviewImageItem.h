@@ -1,6 +1,6 @@
 #pragma once
 
-#include "volume/NdArray.h"
+#include "toolboxes/importData/volume/NdArray.h"
 
 #include <QGraphicsObject>
 #include <QImage>

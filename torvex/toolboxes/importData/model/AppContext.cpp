@@ -1,4 +1,4 @@
-#include "AppContext.h"
+#include "toolboxes/importData/model/AppContext.h"
 
 namespace torvex {
 

@@ -1,6 +1,6 @@
-#include "PreviewPlot.h"
+#include "toolboxes/importData/ui/PreviewPlot.h"
 
-#include "PreviewSurface.h"
+#include "toolboxes/importData/ui/PreviewSurface.h"
 
 #include <QMenu>
 #include <QScrollBar>

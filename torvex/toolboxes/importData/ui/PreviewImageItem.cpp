@@ -1,6 +1,6 @@
-#include "PreviewImageItem.h"
+#include "toolboxes/importData/ui/PreviewImageItem.h"
 
-#include "volume/DisplayImage.h"
+#include "toolboxes/importData/volume/DisplayImage.h"
 
 #include <QPainter>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "PreviewImageItem.h"
-#include "PreviewPlot.h"
-#include "PreviewScene.h"
+#include "toolboxes/importData/ui/PreviewImageItem.h"
+#include "toolboxes/importData/ui/PreviewPlot.h"
+#include "toolboxes/importData/ui/PreviewScene.h"
 
 #include <QColor>
 #include <QGraphicsView>

@@ -1,7 +1,6 @@
-#include "ImportData.h"
+#include "toolboxes/importData/ui/ImportData.h"
 
 #include "toolboxes/importData/sequence/PythonPath.h"
-#include "toolboxes/importData/ImportDataForm.h"
 
 #include <QDragEnterEvent>
 #include <QDragLeaveEvent>
@@ -75,7 +74,7 @@ void ImportData::dropEvent(QDropEvent* event)
             return;
         }
 
-        _resetSource();
+        _session.resetSource();
         if (filePaths.isEmpty()) {
             ui->comboBox_outputType->setCurrentIndex(1);
             ui->statusbar->showMessage("Loading folder: " + folderPaths.first(), 3000);

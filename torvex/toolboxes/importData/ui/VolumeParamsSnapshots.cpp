@@ -1,7 +1,5 @@
 // The window's twelve raw-volume panel widgets as one VolumeParams value.
-#include "toolboxes/importData/ImportData.h"
-
-#include "toolboxes/importData/ImportDataForm.h"
+#include "toolboxes/importData/ui/ImportData.h"
 
 namespace torvex {
 

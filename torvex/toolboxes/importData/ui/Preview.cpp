@@ -1,9 +1,8 @@
 // The window's preview of the current stack, its frame controls and the pixel readout.
-#include "toolboxes/importData/ImportData.h"
+#include "toolboxes/importData/ui/ImportData.h"
 
-#include "PixelReadout.h"
-#include "toolboxes/importData/PreviewSurface.h"
-#include "toolboxes/importData/ImportDataForm.h"
+#include "toolboxes/importData/ui/PreviewSurface.h"
+#include "toolboxes/importData/volume/PixelReadout.h"
 
 #include <QItemSelectionModel>
 #include <QLabel>
@@ -17,8 +16,17 @@ void ImportData::_showFrame(PreviewImageItem* item, const NdArray& frame)
         item->setImage(frame);
     } catch (const std::exception& e) {
         item->clear();
-        ui->statusbar->showMessage("Error: " + QString::fromStdString(e.what()), 5000);
+        _showError(e);
     }
+}
+
+void ImportData::_restartFrames(int count, const QString& countText)
+{
+    ui->spinBox_frame->setValue(1);
+    ui->horizontalSlider_frame->setValue(1);
+    ui->spinBox_frame->setMaximum(count);
+    ui->horizontalSlider_frame->setMaximum(count);
+    ui->label_totalFrame->setText("/ " + countText);
 }
 
 void ImportData::_setFrameQuietly(int frame)
@@ -32,9 +40,9 @@ void ImportData::_setFrameQuietly(int frame)
 
 void ImportData::_refreshPreview()
 {
-    const QString outputType = ui->comboBox_outputType->currentText();
-    const bool volume = outputType == "Volume Data";
-    if (!volume && outputType != "Image Sequence") return;
+    const std::optional<Mode> mode = _mode();
+    if (!mode) return;
+    const bool volume = *mode == Mode::VolumeData;
     const std::optional<NdArray>& stack = volume ? transferedData : selectedimageSequence;
     PreviewImageItem* item = volume ? preview_ImgItem : preview_ImgItem2;
     if (!stack || stack->ndim() == 0 || stack->extent(0) == 0) {
@@ -52,16 +60,10 @@ void ImportData::_refreshPreview()
     _showFrame(item, stack->index(frameIdx - 1));
 
     if (volume) {
-        if (_pending_add_entry) {
-            _addDataEntry("cdata", "Volume Data", transferedData);
-            _pending_add_entry = false;
-        }
+        if (_pending_add_entry) _addDataEntry("cdata", "Volume Data", transferedData);
         return;
     }
-    if (_pending_add_entry) {
-        _addDataEntry("data_imgs", "Image Sequence", selectedimageSequence, filteredList);
-        _pending_add_entry = false;
-    }
+    if (_pending_add_entry) _addDataEntry("data_imgs", "Image Sequence", selectedimageSequence, filteredList);
     // Point the image list at the file behind the frame shown.
     const int listIdx = ui->spinBox_frame->value() - 1;
     if (!checkedIndexes.isEmpty() && listIdx < checkedIndexes.size() &&
@@ -76,11 +78,11 @@ void ImportData::_refreshPreview()
 
 void ImportData::onFrameChanged()
 {
-    const QString outputType = ui->comboBox_outputType->currentText();
-    if (outputType == "Volume Data") {
+    const std::optional<Mode> mode = _mode();
+    if (mode == Mode::VolumeData) {
         if (const auto frame = _frameAt(transferedData)) _showFrame(preview_ImgItem, *frame);
         else preview_ImgItem->clear();
-    } else if (outputType == "Image Sequence" && filteredList) {
+    } else if (mode == Mode::ImageSequence && filteredList) {
         _refreshPreview();
     }
 }

@@ -1,14 +1,11 @@
-#include "ImportData.h"
+#include "toolboxes/importData/ui/ImportData.h"
 
-#include "toolboxes/importData/sequence/ImageLoaderWorker.h"
-#include "PreviewSurface.h"
-#include "toolboxes/importData/ImportDataForm.h"
+#include "toolboxes/importData/ui/PreviewSurface.h"
 
 #include <QApplication>
 #include <QLabel>
 #include <QMenu>
 #include <QPalette>
-#include <QThread>
 #include <QVBoxLayout>
 
 namespace torvex {
@@ -75,6 +72,9 @@ ImportData::ImportData(QWidget* parent, AppContext* app_context, const QString& 
     connect(ui->pushButton_generate_function, &QPushButton::clicked, this, &ImportData::onGenerateFunction);
     connect(ui->listWidget_data, &QListWidget::itemChanged, this, &ImportData::onValidate_item_text);
     connect(ui->listWidget_data, &QListWidget::currentItemChanged, this, &ImportData::onDataItemSelected);
+    connect(&_session.load, &ImageLoad::progress, this, &ImportData::_onLoadProgress);
+    connect(&_session.load, &ImageLoad::finished, this, &ImportData::_onLoadFinished);
+    connect(&_session.load, &ImageLoad::error, this, &ImportData::_onLoadError);
 
     const QPalette palette = parentApp ? parentApp->palette() : QApplication::palette();
     const QColor background = palette.color(QPalette::Window);
@@ -95,15 +95,8 @@ ImportData::ImportData(QWidget* parent, AppContext* app_context, const QString& 
     setAcceptDrops(true);
 }
 
-ImportData::~ImportData()
-{
-    // Load threads are children of the window: each must have ended before it goes.
-    if (_loader_worker) _loader_worker->cancel();
-    for (QThread* thread : findChildren<QThread*>(QString(), Qt::FindDirectChildrenOnly)) {
-        thread->quit();
-        thread->wait();
-    }
-}
+// The session goes before the widgets and stops its load threads as it goes.
+ImportData::~ImportData() = default;
 
 QSize ImportData::minimumSizeHint() const { return {200, 150}; }
 
@@ -125,16 +118,11 @@ void ImportData::_buildPreviewSurface(QWidget* holder, PreviewSurface*& surface,
     layout->addWidget(surface);
 }
 
-void ImportData::_resetSource()
+std::optional<Mode> ImportData::_mode() const { return modeOfText(ui->comboBox_outputType->currentText()); }
+
+void ImportData::_showError(const std::exception& e)
 {
-    readedBinary.reset();
-    prasedData.reset();
-    transferedData.reset();
-    fileList.reset();
-    filteredList.reset();
-    imageSequence.reset();
-    selectedimageSequence.reset();
-    checkedIndexes.clear();
+    ui->statusbar->showMessage("Error: " + QString::fromStdString(e.what()), 5000);
 }
 
 } // namespace torvex

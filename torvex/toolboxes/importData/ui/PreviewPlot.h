@@ -1,6 +1,6 @@
 #pragma once
 
-#include "PreviewImageItem.h"
+#include "toolboxes/importData/ui/PreviewImageItem.h"
 
 #include <QList>
 #include <QObject>

@@ -1,10 +1,9 @@
 // The window's Generate Function dialog and the saving of its text.
-#include "toolboxes/importData/ImportData.h"
+#include "toolboxes/importData/ui/ImportData.h"
 
-#include "ImageSequenceLoadFunction.h"
-#include "VolumeLoadFunction.h"
+#include "toolboxes/importData/loadfunction/ImageSequenceLoadFunction.h"
+#include "toolboxes/importData/loadfunction/VolumeLoadFunction.h"
 #include "toolboxes/importData/volume/FileSaving.h"
-#include "toolboxes/importData/ImportDataForm.h"
 
 #include <QDialog>
 #include <QDialogButtonBox>
@@ -24,27 +23,12 @@ void ImportData::onGenerateFunction()
 {
     try {
         QString function_body;
-        if (ui->comboBox_outputType->currentText() == "Volume Data") {
-            function_body = _gen_function({.imgType = ui->comboBox_imgType->currentText(),
-                                           .offset = ui->spinBox_offset->value(),
-                                           .gap = ui->spinBox_gap->value(),
-                                           .width = ui->spinBox_width->value(),
-                                           .height = ui->spinBox_height->value(),
-                                           .frame = ui->spinBox_totalFrame->value(),
-                                           .littleEndian = ui->checkBox_littleEndian->isChecked(),
-                                           .readOrder = ui->comboBox_order->currentText(),
-                                           .colorOrder = ui->comboBox_colorOrder->currentText(),
-                                           .permute = ui->comboBox_permute->currentText(),
-                                           .hflip = ui->checkBox_hflip->isChecked(),
-                                           .vflip = ui->checkBox_vflip->isChecked(),
-                                           .data_format = ui->comboBox_out_format->currentText(),
-                                           .keep_c_on_gray = ui->checkBox_keepc->isChecked()});
+        if (_mode() == Mode::VolumeData) {
+            function_body = _gen_function(LoadFunctionParams::from(
+                _captureVolumeParams(), ui->comboBox_out_format->currentText(), ui->checkBox_keepc->isChecked()));
         } else {
-            QStringList file_list;
-            if (const QListWidgetItem* current = ui->listWidget_data->currentItem()) {
-                const QVariant stored = current->data(Qt::UserRole);
-                if (stored.canConvert<DataEntry>()) file_list = stored.value<DataEntry>().file_list.value_or(QStringList());
-            }
+            const EntryStore::Entry* entry = _session.entries.find(ui->listWidget_data->currentRow());
+            const QStringList file_list = entry ? entry->record.file_list.value_or(QStringList()) : QStringList();
             function_body = imageSequenceLoadFunctionText(file_list, ui->lineEdit_filter->text(),
                                                           ui->radioButton_regex->isChecked());
         }

@@ -1,4 +1,4 @@
-#include "ImportData.h"
+#include "toolboxes/importData/ui/ImportData.h"
 
 #include <QImage>
 #include <QPixmap>

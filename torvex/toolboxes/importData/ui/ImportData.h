@@ -1,10 +1,11 @@
 #pragma once
 
-#include "toolboxes/importData/sequence/ImageLoaderWorker.h"
-#include "toolboxes/importData/ImportDataForm.h"
 #include "toolboxes/importData/entries/DataEntry.h"
 #include "toolboxes/importData/entries/VolumeParams.h"
 #include "toolboxes/importData/loadfunction/LoadFunctionParams.h"
+#include "toolboxes/importData/model/ImportSession.h"
+#include "toolboxes/importData/sequence/ImageLoaderWorker.h"
+#include "toolboxes/importData/ui/ImportDataForm.h"
 #include "toolboxes/importData/volume/NdArray.h"
 
 #include <QByteArray>
@@ -33,10 +34,16 @@ class PreviewPlot;
 class PreviewSurface;
 
 // The Import Data window: turns a raw file or a list of images into named
-// arrays, previews them and hands them to the host's workspace. Its members
-// keep the names the rest of the host and its scripts know them by.
+// arrays, previews them and hands them to the host's workspace. What it holds
+// lives in its ImportSession; its handlers read the widgets, call the session
+// and draw what the session holds. Its members keep the names the rest of the
+// host and its scripts know them by: the session's fields are reached under
+// the same names here.
 class ImportData : public QMainWindow {
     Q_OBJECT
+    // First: the field references below are bound to it.
+    ImportSession _session;
+
 public:
     explicit ImportData(QWidget* parent = nullptr, AppContext* app_context = nullptr,
                         const QString& styleSheet = {}, const QString& filePath = {}, bool folderMode = false);
@@ -44,24 +51,25 @@ public:
 
     QSize minimumSizeHint() const override;
     static QIcon getIcon(const QString& iconName);
+    ImportSession& session() { return _session; }
 
     // Fields, in the order the constructor sets them.
     std::unique_ptr<Ui::ImportData> ui;
     QWidget* parentApp = nullptr;
     AppContext* app_context = nullptr;
-    std::optional<QByteArray> readedBinary;
-    std::optional<NdArray> prasedData;
-    std::optional<NdArray> transferedData;
-    std::optional<QStringList> fileList;
-    std::optional<QStringList> filteredList;
-    std::optional<NdArray> imageSequence;
-    std::optional<NdArray> selectedimageSequence;
-    QList<int> checkedIndexes;
-    bool _pending_add_entry = false;
-    std::optional<QString> _current_file_path;
-    QThread* _loader_thread = nullptr;
-    QPointer<_ImageLoaderWorker> _loader_worker;
-    int _load_id = 0;
+    std::optional<QByteArray>& readedBinary = _session.readedBinary;
+    std::optional<NdArray>& prasedData = _session.prasedData;
+    std::optional<NdArray>& transferedData = _session.transferedData;
+    std::optional<QStringList>& fileList = _session.fileList;
+    std::optional<QStringList>& filteredList = _session.filteredList;
+    std::optional<NdArray>& imageSequence = _session.imageSequence;
+    std::optional<NdArray>& selectedimageSequence = _session.selectedimageSequence;
+    QList<int>& checkedIndexes = _session.checkedIndexes;
+    bool& _pending_add_entry = _session._pending_add_entry;
+    std::optional<QString>& _current_file_path = _session._current_file_path;
+    QThread*& _loader_thread = _session.load._loader_thread;
+    QPointer<_ImageLoaderWorker>& _loader_worker = _session.load._loader_worker;
+    int& _load_id = _session.load._load_id;
     QLabel* _pixel_info_label = nullptr;
     QLabel* _bytes_badge = nullptr;
     PreviewSurface* preview_layoutWin = nullptr;
@@ -134,14 +142,19 @@ private:
     // True while a handler sets many check boxes whose own reactions it replaces.
     bool _checkBatch = false;
 
-    void _resetSource();
-    void _stopLoad();
+    // The mode the window shows, from comboBox_outputType; none for another text.
+    std::optional<Mode> _mode() const;
     void _setAllChecks(const std::function<bool(int)>& checked);
     void _buildPreviewSurface(QWidget* holder, PreviewSurface*& surface, PreviewImageItem*& image,
                               PreviewPlot*& plot, const QColor& background, const QColor& text);
     void _showFrame(PreviewImageItem* item, const NdArray& frame);
+    // Frame 1 of `count`, the label showing `countText`, with the frame handlers running.
+    void _restartFrames(int count, const QString& countText);
     void _setFrameQuietly(int frame);
     std::optional<NdArray> _frameAt(const std::optional<NdArray>& stack) const;
+    // Shows the entry rows as the session holds them, names and records.
+    void _showEntryRow(int row);
+    void _showError(const std::exception& e);
 };
 
 } // namespace torvex

@@ -1,4 +1,4 @@
-#include "PreviewSurface.h"
+#include "toolboxes/importData/ui/PreviewSurface.h"
 
 #include <QContextMenuEvent>
 #include <QMenu>

@@ -1,8 +1,5 @@
 // The window's choice of frames from a loaded image stack.
-#include "toolboxes/importData/ImportData.h"
-
-#include "toolboxes/importData/PreviewSurface.h"
-#include "toolboxes/importData/ImportDataForm.h"
+#include "toolboxes/importData/ui/ImportData.h"
 
 namespace torvex {
 
@@ -22,28 +19,20 @@ void ImportData::onSelectAll()
 {
     if (!imageSequence) return;
     _setAllChecks([](int) { return true; });
-    selectedimageSequence = imageSequence;
-    checkedIndexes.clear();
-    for (int64_t i = 0; i < imageSequence->extent(0); ++i) checkedIndexes << static_cast<int>(i);
+    _session.checkAll();
     _updateCurrentItemData();
     _refreshPreview();
 }
 
 void ImportData::onSelectionChanged()
 {
-    if (!imageSequence) return;
-    checkedIndexes.clear();
+    QList<int> rows;
     for (int i = 0; i < ui->listWidget_imageList->count(); ++i)
-        if (ui->listWidget_imageList->item(i)->checkState() == Qt::Checked) checkedIndexes << i;
-    const int selectedNumber = static_cast<int>(checkedIndexes.size());
-    if (selectedNumber == 0) return;
-    ui->spinBox_frame->setValue(1);
-    ui->horizontalSlider_frame->setValue(1);
-    ui->spinBox_frame->setMaximum(selectedNumber);
-    ui->horizontalSlider_frame->setMaximum(selectedNumber);
-    ui->label_totalFrame->setText("/ " + QString::number(selectedNumber));
+        if (ui->listWidget_imageList->item(i)->checkState() == Qt::Checked) rows << i;
+    if (!_session.setChecks(rows) || rows.isEmpty()) return;
+    _restartFrames(static_cast<int>(rows.size()), QString::number(rows.size()));
     if (_checkBatch) return; // the batch's owner sets the selection once, at its end
-    selectedimageSequence = imageSequence->take(std::vector<int64_t>(checkedIndexes.begin(), checkedIndexes.end()));
+    _session.takeChecked();
     _updateCurrentItemData();
     _refreshPreview();
 }
@@ -61,21 +50,14 @@ void ImportData::onSelectedRangeChanged(const QString& pos)
             endIndex = startIndex;
             ui->spinBox_rg2->setValue(endIndex);
         }
-        ui->spinBox_frame->setValue(1);
-        ui->horizontalSlider_frame->setValue(1);
         const int length = endIndex - startIndex + 1;
-        ui->spinBox_frame->setMaximum(length);
-        ui->horizontalSlider_frame->setMaximum(length);
-        ui->label_totalFrame->setText("/ " + QString::number(length));
+        _restartFrames(length, QString::number(length));
         _setAllChecks([&](int i) { return i >= startIndex - 1 && i < endIndex; });
-        if (!imageSequence) throw std::runtime_error("No image sequence is loaded");
-        selectedimageSequence = imageSequence->slice(0, startIndex - 1, endIndex);
-        checkedIndexes.clear();
-        for (int i = startIndex - 1; i < endIndex; ++i) checkedIndexes << i;
+        _session.checkRange(startIndex, endIndex);
         _updateCurrentItemData();
         _refreshPreview();
     } catch (const std::exception& e) {
-        ui->statusbar->showMessage("Error: " + QString::fromStdString(e.what()), 5000);
+        _showError(e);
     }
 }
 
@@ -85,8 +67,7 @@ void ImportData::onImageListRowChanged(int row)
     if (filteredList && row < filteredList->size()) ui->statusbar->showMessage((*filteredList)[row], 5000);
     const qsizetype position = checkedIndexes.indexOf(row);
     if (position < 0) return;
-    const int frame1Based = static_cast<int>(position) + 1;
-    _setFrameQuietly(frame1Based);
+    _setFrameQuietly(static_cast<int>(position) + 1);
     if (selectedimageSequence && position < selectedimageSequence->extent(0))
         _showFrame(preview_ImgItem2, selectedimageSequence->index(position));
 }

@@ -1,35 +1,26 @@
 // The window's image list: filtered from the opened files, one check box per image.
-#include "toolboxes/importData/ImportData.h"
+#include "toolboxes/importData/ui/ImportData.h"
 
-#include "FileFilter.h"
+#include "toolboxes/importData/sequence/FileFilter.h"
 #include "toolboxes/importData/sequence/PythonPath.h"
-#include "toolboxes/importData/ImportDataForm.h"
 
 namespace torvex {
 
 void ImportData::onFilterChanged()
 {
     try {
-        QString pattern;
         const bool wildcard = ui->radioButton_filter->isChecked();
-        if (wildcard) {
-            if (ui->lineEdit_filter->text().isEmpty()) ui->lineEdit_filter->setText("*");
-            pattern = wildcardPattern(ui->lineEdit_filter->text());
-        } else {
-            pattern = ui->lineEdit_filter->text();
-        }
-        if (!fileList) throw std::runtime_error("No files are open");
-        filteredList = filterFiles(*fileList, pattern, wildcard);
+        if (wildcard && ui->lineEdit_filter->text().isEmpty()) ui->lineEdit_filter->setText("*");
+        const QString text = ui->lineEdit_filter->text();
+        _session.applyFilter(wildcard ? wildcardPattern(text) : text, wildcard);
         const int count = static_cast<int>(filteredList->size());
         ui->spinBox_rg2->setMaximum(count);
         ui->spinBox_rg2->setValue(count);
         _showFrameSlider(true);
         _populateImageListWidget(*filteredList, true);
-        checkedIndexes.clear();
-        for (int i = 0; i < count; ++i) checkedIndexes << i;
         _readImageSequence();
     } catch (const std::exception& e) {
-        ui->statusbar->showMessage("Error: " + QString::fromStdString(e.what()), 5000);
+        _showError(e);
     }
 }
 

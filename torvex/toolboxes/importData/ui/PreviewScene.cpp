@@ -1,4 +1,4 @@
-#include "PreviewScene.h"
+#include "toolboxes/importData/ui/PreviewScene.h"
 
 #include <QGraphicsSceneMouseEvent>
 

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "toolboxes/importData/volume/NdArray.h"
+
+#include <QObject>
+#include <QString>
+
+#include <map>
+#include <memory>
+
+namespace torvex {
+
+// What the tool needs of its host, owned by the tool so that the host builds
+// on it and not the other way round. A host may derive from both classes; the
+// plain ones keep the workspace in memory.
+
+// The host's workspace: named arrays that the user's scripts and tools share.
+class WorkspaceManager : public QObject {
+    Q_OBJECT
+public:
+    explicit WorkspaceManager(QObject* parent = nullptr);
+    ~WorkspaceManager() override;
+
+    virtual std::map<QString, NdArray>& get_workspace_data();
+    // Takes the whole map back and tells the host's views that it changed.
+    virtual void update_workspace_data(std::map<QString, NdArray>& workspace_data);
+
+signals:
+    void workspaceChanged();
+
+private:
+    std::map<QString, NdArray> data_;
+};
+
+// The host's context handed to each tool: the gate to its components.
+class AppContext {
+public:
+    AppContext();
+    virtual ~AppContext();
+
+    // The workspace manager for "workspace_manager", nullptr for any other name.
+    virtual WorkspaceManager* get_component(const QString& name);
+
+private:
+    std::unique_ptr<WorkspaceManager> workspaceManager_;
+};
+
+} // namespace torvex

@@ -1,0 +1,39 @@
+#include "toolboxes/importData/model/EntryStore.h"
+
+#include "toolboxes/importData/entries/VariableNames.h"
+
+#include <QSet>
+
+namespace torvex {
+
+const EntryStore::Entry* EntryStore::find(int row) const
+{
+    return row >= 0 && row < size() ? &entries_[static_cast<size_t>(row)] : nullptr;
+}
+
+int EntryStore::add(const QString& name, const DataEntry& record)
+{
+    entries_.push_back({name, record});
+    return size() - 1;
+}
+
+void EntryStore::write(int row, const DataEntry& record)
+{
+    if (row >= 0 && row < size()) entries_[static_cast<size_t>(row)].record = record;
+}
+
+QString EntryStore::rename(int row, const QString& typed)
+{
+    const QString name = validVariableName(typed);
+    if (row >= 0 && row < size()) entries_[static_cast<size_t>(row)].name = name;
+    return name;
+}
+
+QString EntryStore::uniqueName(const QString& base) const
+{
+    QSet<QString> existing;
+    for (const Entry& entry : entries_) existing.insert(entry.name);
+    return uniqueVariableName(base, existing);
+}
+
+} // namespace torvex

@@ -1,0 +1,233 @@
+#include "toolboxes/importData/model/ImportSession.h"
+
+#include "toolboxes/importData/model/AppContext.h"
+#include "toolboxes/importData/entries/OutputFormat.h"
+#include "toolboxes/importData/sequence/FileFilter.h"
+#include "toolboxes/importData/sequence/ThreadHandOff.h"
+#include "toolboxes/importData/volume/AxisTransfer.h"
+#include "toolboxes/importData/volume/ImageTypes.h"
+#include "toolboxes/importData/volume/RawDecoder.h"
+#include "toolboxes/importData/volume/RawFile.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <numeric>
+#include <stdexcept>
+
+namespace torvex {
+
+namespace {
+
+QList<int> firstRows(int64_t count)
+{
+    QList<int> rows(static_cast<qsizetype>(count));
+    std::iota(rows.begin(), rows.end(), 0);
+    return rows;
+}
+
+} // namespace
+
+ImportSession::ImportSession(QObject* parent) : QObject(parent), load(this) {}
+
+void ImportSession::resetSource()
+{
+    readedBinary.reset();
+    prasedData.reset();
+    transferedData.reset();
+    fileList.reset();
+    filteredList.reset();
+    imageSequence.reset();
+    selectedimageSequence.reset();
+    checkedIndexes.clear();
+}
+
+void ImportSession::openRawFile(const QString& path)
+{
+    try {
+        readedBinary = readWholeFile(path);
+    } catch (...) {
+        readedBinary.reset();
+        throw;
+    }
+    _current_file_path = path;
+    _pending_add_entry = true;
+}
+
+void ImportSession::openFolder(const QString& folder)
+{
+    QStringList files;
+    for (const QString& name : QDir(folder).entryList(QDir::Files | QDir::Hidden, QDir::Unsorted))
+        files << folder + "/" + name;
+    fileList = files;
+    _pending_add_entry = true;
+}
+
+void ImportSession::openFileList(const QStringList& paths)
+{
+    QStringList files;
+    std::copy_if(paths.begin(), paths.end(), std::back_inserter(files),
+                 [](const QString& path) { return QFileInfo(path).isFile(); });
+    // Plain code-point order of the whole path texts.
+    std::sort(files.begin(), files.end(), [](const QString& a, const QString& b) { return a.toUcs4() < b.toUcs4(); });
+    fileList = files;
+    if (!files.isEmpty()) _pending_add_entry = true;
+}
+
+void ImportSession::decode(const RawLayout& layout)
+{
+    if (!findImageType(layout.imgType)) return;
+    try {
+        prasedData = decodeRawVolume(readedBinary.value_or(QByteArray()), layout);
+    } catch (...) {
+        prasedData.reset();
+        throw;
+    }
+}
+
+void ImportSession::transfer(const QString& permute, bool hflip, bool vflip)
+{
+    keepDecoded();
+    if (!prasedData) return;
+    try {
+        transferedData = transferAxes(*prasedData, permute, hflip, vflip);
+    } catch (...) {
+        transferedData.reset();
+        throw;
+    }
+}
+
+void ImportSession::applyFilter(const QString& pattern, bool wildcard)
+{
+    if (!fileList) throw std::runtime_error("No files are open");
+    filteredList = filterFiles(*fileList, pattern, wildcard);
+    checkedIndexes = firstRows(filteredList->size());
+    // The stacks belong to the previous list: choosing frames from them now
+    // would pair this list's names with another list's images.
+    imageSequence.reset();
+    selectedimageSequence.reset();
+}
+
+void ImportSession::startLoad()
+{
+    imageSequence.reset();
+    selectedimageSequence.reset();
+    load.start(filteredList.value_or(QStringList()));
+}
+
+bool ImportSession::acceptLoad(int load_id, const NdArray& image_sequence)
+{
+    if (load_id != load._load_id) return false; // a superseded load
+    markReceived();
+    imageSequence = image_sequence;
+    selectedimageSequence = image_sequence;
+    return true;
+}
+
+bool ImportSession::setChecks(const QList<int>& rows)
+{
+    if (!imageSequence) return false;
+    checkedIndexes = rows;
+    return true;
+}
+
+void ImportSession::takeChecked()
+{
+    if (imageSequence)
+        selectedimageSequence =
+            imageSequence->take(std::vector<int64_t>(checkedIndexes.begin(), checkedIndexes.end()));
+}
+
+void ImportSession::checkAll()
+{
+    if (!imageSequence) return;
+    selectedimageSequence = imageSequence;
+    checkedIndexes = firstRows(imageSequence->extent(0));
+}
+
+void ImportSession::checkRange(int first, int last)
+{
+    if (!imageSequence) throw std::runtime_error("No image sequence is loaded");
+    selectedimageSequence = imageSequence->slice(0, first - 1, last);
+    checkedIndexes.clear();
+    for (int i = first - 1; i < last; ++i) checkedIndexes << i;
+}
+
+int ImportSession::addEntry(const QString& name, Mode mode, const std::optional<NdArray>& data,
+                            const std::optional<QStringList>& file_list, const VolumeParams& panel)
+{
+    DataEntry record{.mode = modeText(mode), .data = data, .file_list = file_list, .checked_indexes = checkedIndexes,
+                     .image_sequence = imageSequence};
+    if (mode == Mode::VolumeData) {
+        record.readedBinary = readedBinary;
+        record.file_path = _current_file_path;
+        record.params = panel;
+    }
+    const int row = entries.add(name, record);
+    entries.setCurrent(row);
+    _pending_add_entry = false;
+    return row;
+}
+
+void ImportSession::updateCurrentEntry(const VolumeParams& panel)
+{
+    if (_pending_add_entry) return; // the data shown has no entry yet
+    const EntryStore::Entry* entry = entries.find(entries.current());
+    if (!entry) return;
+    DataEntry record = entry->record;
+    // By the entry's own mode, never by the mode shown.
+    if (modeOfText(record.mode) == Mode::VolumeData) {
+        record.data = transferedData;
+        record.readedBinary = readedBinary;
+        record.file_path = _current_file_path;
+        record.params = panel;
+    } else {
+        record.data = selectedimageSequence;
+        record.image_sequence = imageSequence;
+        record.file_list = filteredList;
+        record.checked_indexes = checkedIndexes;
+    }
+    entries.write(entries.current(), record);
+}
+
+const EntryStore::Entry* ImportSession::selectEntry(int row)
+{
+    entries.setCurrent(row);
+    const EntryStore::Entry* entry = entries.find(row);
+    if (!entry) return nullptr;
+    const DataEntry& record = entry->record;
+    if (modeOfText(record.mode) == Mode::VolumeData) {
+        transferedData = record.data;
+        readedBinary = record.readedBinary;
+        _current_file_path = record.file_path;
+        return entry;
+    }
+    filteredList = record.file_list.value_or(QStringList());
+    imageSequence = record.image_sequence;
+    selectedimageSequence = record.data;
+    if (record.checked_indexes) checkedIndexes = *record.checked_indexes;
+    else checkedIndexes = selectedimageSequence ? firstRows(selectedimageSequence->extent(0)) : QList<int>();
+    return entry;
+}
+
+void ImportSession::importEntry(int row, const QString& name, Mode shownMode, WorkspaceManager& workspace,
+                                const QString& format, bool keepChannel) const
+{
+    const EntryStore::Entry* entry = entries.find(row);
+    const std::optional<Mode> mode = entry ? modeOfText(entry->record.mode) : shownMode;
+    const std::optional<NdArray> data = entry ? entry->record.data : std::nullopt;
+    std::map<QString, NdArray>& variables = workspace.get_workspace_data();
+    if (mode == Mode::VolumeData) {
+        const std::optional<NdArray> volume = data ? data : transferedData;
+        if (!volume) throw std::runtime_error("No volume data to import");
+        variables.insert_or_assign(name, reformatForImport(*volume, format, keepChannel));
+    } else if (mode == Mode::ImageSequence) {
+        const std::optional<NdArray> sequence = data ? data : selectedimageSequence;
+        if (!sequence) throw std::runtime_error("No image sequence to import");
+        variables.insert_or_assign(name, *sequence);
+    }
+    workspace.update_workspace_data(variables);
+}
+
+} // namespace torvex

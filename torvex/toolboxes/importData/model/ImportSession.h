@@ -1,0 +1,101 @@
+#pragma once
+
+#include "toolboxes/importData/entries/VolumeParams.h"
+#include "toolboxes/importData/model/EntryStore.h"
+#include "toolboxes/importData/model/ImageLoad.h"
+#include "toolboxes/importData/model/Mode.h"
+#include "toolboxes/importData/volume/NdArray.h"
+#include "toolboxes/importData/volume/RawLayout.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+namespace torvex {
+
+class WorkspaceManager;
+
+// Everything the Import Data tool holds, without a widget: the current source
+// (raw bytes or image files), what was decoded from it, the image stack and
+// its chosen frames, the entries and the current one, and the background load.
+// The window reads its widgets, calls this, and draws what it holds. Fields
+// keep the names the window has always shown them under.
+class ImportSession : public QObject {
+    Q_OBJECT
+public:
+    explicit ImportSession(QObject* parent = nullptr);
+
+    std::optional<QByteArray> readedBinary;     // the raw file's bytes
+    std::optional<NdArray> prasedData;          // those bytes decoded
+    std::optional<NdArray> transferedData;      // ... after axis transfer: what is shown and imported
+    std::optional<QStringList> fileList;        // candidate image files
+    std::optional<QStringList> filteredList;    // those that pass the filter
+    std::optional<NdArray> imageSequence;       // the stack of all filtered images
+    std::optional<NdArray> selectedimageSequence; // the stack of the checked ones
+    QList<int> checkedIndexes;                  // rows checked in the image list
+    bool _pending_add_entry = false;            // a new source waits for its entry
+    std::optional<QString> _current_file_path;  // the raw file behind readedBinary
+    ImageLoad load;
+    EntryStore entries;
+
+    // A new source starts from nothing: the seven source fields and the checks.
+    void resetSource();
+    // Reads a raw file whole; on failure no bytes are held and the reason is thrown.
+    void openRawFile(const QString& path);
+    // The regular files of a folder, in the file system's order.
+    void openFolder(const QString& folder);
+    // The regular files among `paths`, in code-point order of the paths.
+    void openFileList(const QStringList& paths);
+
+    // Decodes the raw bytes by `layout`; an unknown type changes nothing. A
+    // failure leaves no decoded array and is thrown.
+    void decode(const RawLayout& layout);
+    // The decoded array with the panel's permutation and flips applied to it
+    // (views: no pixel is copied). A failure leaves none and is thrown.
+    void transfer(const QString& permute, bool hflip, bool vflip);
+    // The decoded array shown as it is.
+    void keepDecoded() { transferedData = prasedData; }
+
+    // Filters the file list (see filterFiles) and checks every file that
+    // passes; the stacks of the previous list go. Throws for a bad pattern
+    // and when no files are open.
+    void applyFilter(const QString& pattern, bool wildcard);
+    // Starts loading the filtered files; their stack arrives with acceptLoad.
+    void startLoad();
+    // Takes a load's stack, all of it chosen; false for a superseded load.
+    bool acceptLoad(int load_id, const NdArray& image_sequence);
+
+    // Checks exactly these rows (in increasing order); false, and nothing
+    // changed, when no stack is loaded.
+    bool setChecks(const QList<int>& rows);
+    // The frames of the checked rows become the chosen stack (no pixel copied).
+    void takeChecked();
+    // Checks every row of the stack.
+    void checkAll();
+    // Checks rows first - 1 to last - 1, counting from 1 as the range boxes do.
+    // Throws when no stack is loaded.
+    void checkRange(int first, int last);
+
+    // Makes the entry of a new source under `name` from the current fields
+    // and makes it current; `panel` is kept for a Volume Data entry.
+    int addEntry(const QString& name, Mode mode, const std::optional<NdArray>& data,
+                 const std::optional<QStringList>& file_list, const VolumeParams& panel);
+    // Writes the current fields into the current entry, unless a new source
+    // still waits for its own entry.
+    void updateCurrentEntry(const VolumeParams& panel);
+    // Makes a row current and, if it holds an entry, brings back that entry's
+    // data, source and checks. Returns the entry, or nullptr.
+    const EntryStore::Entry* selectEntry(int row);
+
+    // Hands the array of the entry at `row` to the workspace under `name`, in
+    // the axis order of `format` (see reformatForImport). A row without an
+    // entry hands over the current array of `shownMode`. Throws when there is
+    // no array.
+    void importEntry(int row, const QString& name, Mode shownMode, WorkspaceManager& workspace,
+                     const QString& format, bool keepChannel) const;
+};
+
+} // namespace torvex

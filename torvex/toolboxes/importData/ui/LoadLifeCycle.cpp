@@ -1,0 +1,48 @@
+// The window's side of a background image load: start, lock, take over.
+#include "toolboxes/importData/ui/ImportData.h"
+
+namespace torvex {
+
+void ImportData::_readImageSequence()
+{
+    _session.startLoad();
+    _setLoadingState(true);
+    ui->statusbar->showMessage("Loading " + QString::number(filteredList.value_or(QStringList()).size()) +
+                                   " image(s)\u2026",
+                               0);
+}
+
+void ImportData::_setLoadingState(bool loading)
+{
+    const bool enabled = !loading;
+    for (QWidget* w : std::initializer_list<QWidget*>{
+             ui->pushButton_allSelection, ui->spinBox_rg1, ui->spinBox_rg2, ui->pushButton_import,
+             ui->pushButton_generate_function, ui->lineEdit_filter, ui->radioButton_filter, ui->radioButton_regex,
+             ui->listWidget_data})
+        w->setEnabled(enabled);
+    ui->listWidget_imageList->blockSignals(loading);
+}
+
+void ImportData::_onLoadProgress(int done, int total)
+{
+    ui->statusbar->showMessage("Loading image " + QString::number(done) + "/" + QString::number(total) + "\u2026", 0);
+}
+
+void ImportData::_onLoadFinished(int load_id, const NdArray& image_sequence)
+{
+    if (!_session.acceptLoad(load_id, image_sequence)) return;
+    _setLoadingState(false);
+    ui->statusbar->showMessage(QString::number(image_sequence.extent(0)) + " image(s) loaded", 5000);
+    // A new filter's stack belongs to the entry that shows its list.
+    _updateCurrentItemData();
+    _refreshPreview();
+}
+
+void ImportData::_onLoadError(int load_id, const QString& msg)
+{
+    if (load_id != _load_id) return;
+    _setLoadingState(false);
+    ui->statusbar->showMessage("Error loading images: " + msg, 5000);
+}
+
+} // namespace torvex

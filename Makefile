@@ -43,7 +43,7 @@ check-threads: deps
 	$(CLANG) cmake -S . -B $(THREADS_DIR) $(CMAKE_GEN) -DTORVEX_SANITIZE_THREADS=ON -DTORVEX_BUILD_BENCH=OFF
 	cmake --build $(THREADS_DIR) -j $(JOBS) --target load_life_cycle_test
 	TSAN_OPTIONS="ignore_noninstrumented_modules=1 suppressions=$(CURDIR)/tests/thread-checker.supp halt_on_error=1 exitcode=66" \
-	  TORVEX_REPEAT=$(REPEAT) QT_QPA_PLATFORM=offscreen $(THREADS_DIR)/tests/sequence/load_life_cycle_test
+	  TORVEX_REPEAT=$(REPEAT) QT_QPA_PLATFORM=offscreen $(THREADS_DIR)/tests/model/load_life_cycle_test
 
 # Every fuzzer for FUZZ_SECONDS, side by side, from the committed seeds.
 fuzz: sanitized-build

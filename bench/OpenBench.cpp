@@ -148,8 +148,9 @@ int main(int argc, char** argv)
 
     const QByteArray bytes = readWholeFile(path);
     for (const char* order : {"C", "F"}) {
-        const RawDecodeParams p{.width = kWidth, .height = kHeight, .frame = kFrames, .readOrder = order};
-        const double decode = medianSeconds(21, [&] { decodeRawVolume(bytes, "16-bit Unsigned", p); });
+        const RawLayout p{.imgType = "16-bit Unsigned", .width = kWidth, .height = kHeight, .frame = kFrames,
+                          .readOrder = order};
+        const double decode = medianSeconds(21, [&] { decodeRawVolume(bytes, p); });
         reportAgainst(order[0] == 'C' ? "decode 1 GiB 16-bit Unsigned, order C"
                                       : "decode 1 GiB 16-bit Unsigned, order F",
                       decode, memcpySeconds, "memcpy of 1 GiB", 0.01);
@@ -158,8 +159,8 @@ int main(int argc, char** argv)
     const double readSeconds = medianSeconds(5, [&] { plainRead(path); });
     const double openSeconds = medianSeconds(5, [&] {
         const QByteArray file = readWholeFile(path);
-        const NdArray stack = *decodeRawVolume(file, "16-bit Unsigned",
-                                               {.width = kWidth, .height = kHeight, .frame = kFrames, .readOrder = "C"});
+        const NdArray stack = *decodeRawVolume(file, {.imgType = "16-bit Unsigned", .width = kWidth,
+                                                      .height = kHeight, .frame = kFrames, .readOrder = "C"});
         const QImage first = displayImage(stack.index(0));
         if (first.isNull()) std::abort();
     });

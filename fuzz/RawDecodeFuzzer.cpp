@@ -34,7 +34,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     // One index past the thirteen types stands for a name the dispatch does not know.
     const size_t typeIndex = in.ConsumeIntegralInRange<size_t>(0, types.size());
     const QString typeName = typeIndex < types.size() ? types[typeIndex].name : QStringLiteral("12-bit Packed");
-    RawDecodeParams p;
+    RawLayout p;
+    p.imgType = typeName;
     p.offset = spinBoxValue(in);
     p.gap = spinBoxValue(in);
     p.width = spinBoxValue(in);
@@ -50,7 +51,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 
     std::optional<NdArray> stack;
     try {
-        stack = decodeRawVolume(bytes, typeName, p);
+        stack = decodeRawVolume(bytes, p);
     } catch (const std::runtime_error&) {
         return 0;
     }

@@ -81,7 +81,7 @@ std::vector<LoadFunctionParams> layoutsOf(const QString& type)
 // Random bytes, exactly as many as the layout needs: no gap behind the last frame.
 QByteArray rawFileFor(const LoadFunctionParams& p, unsigned seed)
 {
-    const auto frameBytes = static_cast<qsizetype>(p.width * p.height * *bytesPerPixelOfName(p.imgType));
+    const auto frameBytes = static_cast<qsizetype>(p.width * p.height * findImageType(p.imgType)->balanceBytesPerPixel());
     QByteArray bytes(p.offset + (p.frame - 1) * (frameBytes + p.gap) + frameBytes, Qt::Uninitialized);
     std::mt19937 random(seed);
     for (char& b : bytes) b = static_cast<char>(random());

@@ -122,6 +122,9 @@ bool ImportSession::acceptLoad(int load_id, const NdArray& image_sequence)
     markReceived();
     imageSequence = image_sequence;
     selectedimageSequence = image_sequence;
+    // A new filter's stack belongs to the sequence entry that shows its list.
+    const EntryStore::Entry* entry = entries.find(entries.current());
+    if (entry && modeOfText(entry->record.mode) == Mode::ImageSequence) updateCurrentEntry({});
     return true;
 }
 

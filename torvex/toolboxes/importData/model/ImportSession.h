@@ -65,7 +65,8 @@ public:
     void applyFilter(const QString& pattern, bool wildcard);
     // Starts loading the filtered files; their stack arrives with acceptLoad.
     void startLoad();
-    // Takes a load's stack, all of it chosen; false for a superseded load.
+    // Takes a load's stack, all of it chosen, into the current sequence entry
+    // too; false for a superseded load.
     bool acceptLoad(int load_id, const NdArray& image_sequence);
 
     // Checks exactly these rows (in increasing order); false, and nothing

@@ -33,8 +33,7 @@ void ImportData::_onLoadFinished(int load_id, const NdArray& image_sequence)
     if (!_session.acceptLoad(load_id, image_sequence)) return;
     _setLoadingState(false);
     ui->statusbar->showMessage(QString::number(image_sequence.extent(0)) + " image(s) loaded", 5000);
-    // A new filter's stack belongs to the entry that shows its list.
-    _updateCurrentItemData();
+    _showEntryRow(_session.entries.current());
     _refreshPreview();
 }
 

@@ -1,6 +1,6 @@
-// Entries in the real window: one per load, brought back whole, renamed, imported.
-#include "host/AppContext.h"
+// Entries in the real window: one row per load, brought back into the widgets, renamed, imported.
 #include "toolboxes/importData/ImportData.h"
+#include "toolboxes/importData/model/AppContext.h"
 
 #include "../support/ModalWatcher.h"
 #include "../support/TempFiles.h"
@@ -14,8 +14,6 @@ using namespace torvex;
 
 namespace {
 
-DataEntry entryAt(ImportData& w, int row) { return w.ui->listWidget_data->item(row)->data(Qt::UserRole).value<DataEntry>(); }
-
 class EntryWindow : public ::testing::Test {
 protected:
     QTemporaryDir dir;
@@ -25,7 +23,7 @@ protected:
 
 } // namespace
 
-TEST_F(EntryWindow, EachLoadIsAnEntryThatComesBackWhole)
+TEST_F(EntryWindow, EachLoadIsARowThatBringsItsPanelBack)
 {
     ImportData w(nullptr, nullptr, {}, first);
     w.openFile(second);
@@ -36,27 +34,26 @@ TEST_F(EntryWindow, EachLoadIsAnEntryThatComesBackWhole)
     w.ui->checkBox_hflip->setChecked(true);
     ASSERT_EQ(w.ui->listWidget_data->count(), 2);
     EXPECT_EQ(w.ui->listWidget_data->item(1)->text(), "cdata_1");
-    EXPECT_EQ(entryAt(w, 1).params->imgType, "16-bit Unsigned");
+    EXPECT_EQ(w.ui->listWidget_data->item(1)->data(Qt::UserRole).value<DataEntry>().params->imgType,
+              "16-bit Unsigned");
     EXPECT_EQ(w.ui->label_data_mode->text(), ""); // a new entry is current before it holds data
 
-    const QByteArray firstBytes = *entryAt(w, 0).readedBinary;
+    w.ui->spinBox_frame->setValue(2);
     w.ui->listWidget_data->setCurrentRow(0);
     EXPECT_EQ(w.ui->label_data_mode->text(), "Volume Data");
-    EXPECT_EQ(w.readedBinary->constData(), firstBytes.constData()); // shared, not copied
-    EXPECT_TRUE(w.transferedData->sharesStorageWith(*entryAt(w, 0).data));
-    EXPECT_EQ(w._current_file_path, first);
     EXPECT_EQ(w.ui->spinBox_width->value(), 400);
     EXPECT_EQ(w.ui->comboBox_imgType->currentText(), "8-bit");
     EXPECT_FALSE(w.ui->checkBox_hflip->isChecked());
     EXPECT_EQ(w.ui->lineEdit_files_folder->text(), first);
+    EXPECT_EQ(w.ui->statusbar->currentMessage(), first);
 
     w.ui->listWidget_data->setCurrentRow(1);
-    EXPECT_EQ(w.transferedData->shape(), (Shape{2, 6, 8, 1}));
     EXPECT_TRUE(w.ui->checkBox_hflip->isChecked());
     EXPECT_EQ(w.ui->spinBox_frame->value(), 1);
+    EXPECT_EQ(w.ui->label_totalFrame->text(), "/ 2");
 }
 
-TEST_F(EntryWindow, RenamesAreForcedToPythonNames)
+TEST_F(EntryWindow, RenamesAreForcedToPythonNamesAndSelect)
 {
     ImportData w(nullptr, nullptr, {}, first);
     w.openFile(second);
@@ -64,44 +61,34 @@ TEST_F(EntryWindow, RenamesAreForcedToPythonNames)
     w.ui->spinBox_height->setValue(24);
     ASSERT_EQ(w.ui->listWidget_data->count(), 2);
     QListWidgetItem* a = w.ui->listWidget_data->item(0);
-    QListWidgetItem* b = w.ui->listWidget_data->item(1);
     a->setText("  my data ");
     EXPECT_EQ(a->text(), "my_data");
-    EXPECT_EQ(w.ui->listWidget_data->currentItem(), a); // renaming selects
-    b->setText("my_data");
-    EXPECT_EQ(b->text(), "my_data"); // duplicates are allowed
-    EXPECT_TRUE(entryAt(w, 0).data.has_value());
+    EXPECT_EQ(w.ui->listWidget_data->currentItem(), a);
+    w.ui->listWidget_data->item(1)->setText("my_data");
+    EXPECT_EQ(w.ui->listWidget_data->item(1)->text(), "my_data"); // duplicates are allowed
+    EXPECT_EQ(w.session().entries.find(1)->name, "my_data");
 }
 
-TEST_F(EntryWindow, ImportHandsTheEntryToTheWorkspace)
+TEST_F(EntryWindow, ImportTakesTheFormatControlsAndReportsOnTheHost)
 {
     AppContext context;
     QMainWindow host;
     host.statusBar();
     ImportData w(&host, &context, {}, first);
-    WorkspaceManager* manager = context.get_component("workspace_manager");
-    int changes = 0;
-    QObject::connect(manager, &WorkspaceManager::workspaceChanged, [&] { ++changes; });
-
+    const auto& workspace = context.get_component("workspace_manager")->get_workspace_data();
     w.onImport();
-    const NdArray dhwc = manager->get_workspace_data().at("cdata");
-    EXPECT_EQ(dhwc.shape(), (Shape{1, 640, 400}));
-    EXPECT_FALSE(dhwc.sharesStorageWith(*w.transferedData)); // the one copy
-    EXPECT_EQ(changes, 1);
-
+    EXPECT_EQ(workspace.at("cdata").shape(), (Shape{1, 640, 400}));
     w.ui->comboBox_out_format->setCurrentText("HWCD");
     w.ui->checkBox_keepc->setChecked(true);
     w.onImport();
-    const NdArray hwcd = manager->get_workspace_data().at("cdata");
-    EXPECT_EQ(hwcd.shape(), (Shape{640, 400, 1, 1}));
-    EXPECT_TRUE(hwcd.sharesStorageWith(*w.transferedData));
+    EXPECT_EQ(workspace.at("cdata").shape(), (Shape{640, 400, 1, 1}));
 
     // Without a context the failure goes to the host's status bar only.
     ImportData orphan(&host, nullptr, {}, first);
     test::ModalWatcher watcher;
     orphan.onImport();
     EXPECT_TRUE(watcher.texts.isEmpty());
-    EXPECT_FALSE(host.statusBar()->currentMessage().isEmpty());
+    EXPECT_EQ(host.statusBar()->currentMessage(), "The window has no application context");
     ImportData empty;
     empty.onImport();
     EXPECT_EQ(watcher.texts, QStringList{"Error|No data to import"});

@@ -1,0 +1,247 @@
+// The session without a window: entries, choice of frames, loads and import.
+#include "toolboxes/importData/model/AppContext.h"
+#include "toolboxes/importData/model/ImportSession.h"
+#include "toolboxes/importData/entries/OutputFormat.h"
+#include "toolboxes/importData/sequence/FileFilter.h"
+
+#include "../support/TempFiles.h"
+#include "../support/WaitUntil.h"
+
+#include <QImage>
+
+#include <gtest/gtest.h>
+
+using namespace torvex;
+
+namespace {
+
+const VolumeParams kStart = VolumeParams::resetValues();
+
+// Gray PNGs (or BMPs) whose every pixel holds a value of their own, so a frame tells its file.
+QHash<QString, int> written;
+void writeImage(const QString& path, int value)
+{
+    QImage image(6, 4, QImage::Format_Grayscale8);
+    image.fill(qRgb(value, value, value));
+    ASSERT_TRUE(image.save(path));
+    written[path] = value;
+}
+// The values the frames of these files hold, picked by checked rows.
+std::vector<int> valuesOf(const QStringList& files, const QList<int>& rows)
+{
+    std::vector<int> values;
+    for (int row : rows) values.push_back(written.value(files[row]));
+    return values;
+}
+
+int valueOf(const NdArray& frame) { return static_cast<int>(frame.minMax().first); }
+
+std::vector<int> frameValues(const std::optional<NdArray>& stack)
+{
+    std::vector<int> values;
+    for (int64_t i = 0; stack && i < stack->extent(0); ++i) values.push_back(valueOf(stack->index(i)));
+    return values;
+}
+
+class Session : public ::testing::Test {
+protected:
+    ImportSession session;
+    QTemporaryDir dir;
+
+    QString rawFile(const QString& name, qsizetype bytes, char fill)
+    {
+        return test::writeFile(dir.filePath(name), QByteArray(bytes, fill));
+    }
+    // What the window does with a raw file: open, decode, transfer, make the entry.
+    void openVolume(const QString& path, const VolumeParams& panel)
+    {
+        session.openRawFile(path);
+        session.decode(panel.layout());
+        session.transfer(*panel.permute, *panel.hflip, *panel.vflip);
+        session.addEntry(session.entries.uniqueName("cdata"), Mode::VolumeData, session.transferedData, std::nullopt,
+                         panel);
+    }
+    // What the window does with a filter: apply it, load, and take the stack.
+    void filterAndLoad(const QString& wildcard)
+    {
+        session.applyFilter(wildcardPattern(wildcard), true);
+        session.startLoad();
+        ASSERT_TRUE(test::waitUntil([&] { return session.imageSequence.has_value(); }));
+    }
+    void openFolder(const QString& folder, const QString& wildcard)
+    {
+        session.resetSource();
+        session.openFolder(folder);
+        filterAndLoad(wildcard);
+        session.addEntry(session.entries.uniqueName("data_imgs"), Mode::ImageSequence, session.selectedimageSequence,
+                         session.filteredList, {});
+    }
+    void SetUp() override
+    {
+        QObject::connect(&session.load, &ImageLoad::finished, &session, &ImportSession::acceptLoad);
+    }
+};
+
+} // namespace
+
+TEST_F(Session, EachRawLoadIsAnEntryThatComesBackWhole)
+{
+    const QString first = rawFile("first.raw", 400 * 640, 5), second = rawFile("second.raw", 2 * 8 * 6 * 2, 1);
+    openVolume(first, kStart);
+    VolumeParams panel = kStart;
+    panel.imgType = "16-bit Unsigned", panel.width = 8, panel.height = 6, panel.totalFrame = 2, panel.hflip = true;
+    openVolume(second, panel);
+    ASSERT_EQ(session.entries.size(), 2);
+    EXPECT_EQ(session.entries.find(1)->name, "cdata_1");
+    EXPECT_EQ(session.entries.current(), 1);
+
+    const DataEntry firstEntry = session.entries.find(0)->record;
+    ASSERT_TRUE(session.selectEntry(0));
+    EXPECT_EQ(session.readedBinary->constData(), firstEntry.readedBinary->constData()); // shared, not copied
+    EXPECT_TRUE(session.transferedData->sharesStorageWith(*firstEntry.data));
+    EXPECT_EQ(session._current_file_path, first);
+    EXPECT_EQ(firstEntry.params, kStart);
+
+    ASSERT_TRUE(session.selectEntry(1));
+    EXPECT_EQ(session.transferedData->shape(), (Shape{2, 6, 8, 1}));
+    EXPECT_EQ(session.entries.find(1)->record.params->hflip, true);
+    EXPECT_FALSE(session.selectEntry(2)); // a row that has no entry yet
+}
+
+TEST_F(Session, TheCurrentEntryFollowsChangesButNotWhileANewSourceWaits)
+{
+    openVolume(rawFile("v.raw", 400 * 640, 5), kStart);
+    session.transfer("1,0,2", false, false);
+    VolumeParams panel = kStart;
+    panel.permute = "1,0,2";
+    session.updateCurrentEntry(panel);
+    EXPECT_EQ(session.entries.find(0)->record.data->shape(), (Shape{640, 1, 400, 1}));
+    EXPECT_EQ(session.entries.find(0)->record.params, panel);
+
+    session.openRawFile(rawFile("w.raw", 10, 1)); // waits for its own entry
+    session.updateCurrentEntry(kStart);
+    EXPECT_EQ(session.entries.find(0)->record.params, panel);
+    EXPECT_TRUE(session.entries.find(0)->record.readedBinary->size() == 400 * 640);
+}
+
+TEST_F(Session, NamesAreUniqueWhenMadeAndValidWhenTyped)
+{
+    openVolume(rawFile("v.raw", 400 * 640, 5), kStart);
+    EXPECT_EQ(session.entries.uniqueName("cdata"), "cdata_1");
+    EXPECT_EQ(session.entries.rename(0, "  my data "), "my_data");
+    EXPECT_EQ(session.entries.find(0)->name, "my_data");
+    EXPECT_EQ(session.entries.uniqueName("cdata"), "cdata");
+}
+
+TEST_F(Session, ChecksChooseFramesWithoutCopying)
+{
+    for (int i = 0; i < 4; ++i) writeImage(dir.filePath(QString("img%1.png").arg(i)), 10 + i);
+    openFolder(dir.path(), "*.png");
+    const NdArray stack = *session.imageSequence;
+    EXPECT_EQ(session.checkedIndexes, (QList<int>{0, 1, 2, 3}));
+
+    const QStringList& files = *session.filteredList;
+    EXPECT_EQ(frameValues(stack), valuesOf(files, {0, 1, 2, 3}));
+    ASSERT_TRUE(session.setChecks({0, 2}));
+    session.takeChecked();
+    EXPECT_EQ(frameValues(session.selectedimageSequence), valuesOf(files, {0, 2}));
+    EXPECT_EQ(session.selectedimageSequence->index(1).data(), stack.index(2).data());
+
+    session.checkRange(2, 3);
+    EXPECT_EQ(session.checkedIndexes, (QList<int>{1, 2}));
+    EXPECT_EQ(frameValues(session.selectedimageSequence), valuesOf(files, {1, 2}));
+    session.updateCurrentEntry({});
+    EXPECT_EQ(session.entries.find(0)->record.checked_indexes, (QList<int>{1, 2}));
+
+    session.checkAll();
+    EXPECT_EQ(session.selectedimageSequence->data(), stack.data());
+
+    session.resetSource();
+    EXPECT_FALSE(session.setChecks({0}));
+    EXPECT_THROW(session.checkRange(1, 1), std::runtime_error);
+}
+
+// The fault this model was built to end: an entry whose list came from one
+// folder and filter must never show or import another folder's images.
+TEST_F(Session, ASequenceEntryKeepsItsOwnListStackAndImportAcrossFolders)
+{
+    QTemporaryDir a, b;
+    for (int i = 0; i < 3; ++i) writeImage(a.filePath(QString("slice%1.png").arg(i)), 10 + i);
+    for (int i = 0; i < 2; ++i) writeImage(a.filePath(QString("other%1.bmp").arg(i)), 100 + i);
+    for (int i = 0; i < 2; ++i) writeImage(b.filePath(QString("b%1.png").arg(i)), 200 + i);
+
+    openFolder(a.path(), "*");
+    EXPECT_EQ(session.imageSequence->extent(0), 5);
+    filterAndLoad("*.png"); // a new filter on the same entry
+    openFolder(b.path(), "*");
+    ASSERT_EQ(session.entries.size(), 2);
+
+    for (int round = 0; round < 2; ++round) {
+        ASSERT_TRUE(session.selectEntry(0));
+        ASSERT_EQ(session.filteredList->size(), 3);
+        EXPECT_TRUE(session.filteredList->filter(".png").size() == 3);
+        EXPECT_EQ(frameValues(session.imageSequence), valuesOf(*session.filteredList, {0, 1, 2}));
+        EXPECT_EQ(frameValues(session.selectedimageSequence), valuesOf(*session.filteredList, {0, 1, 2}));
+        EXPECT_EQ(session.checkedIndexes, (QList<int>{0, 1, 2}));
+        ASSERT_TRUE(session.selectEntry(1));
+        EXPECT_EQ(frameValues(session.imageSequence), valuesOf(*session.filteredList, {0, 1}));
+        EXPECT_EQ(session.filteredList->first().left(b.path().size()), b.path());
+    }
+
+    AppContext context;
+    WorkspaceManager& workspace = *context.get_component("workspace_manager");
+    session.selectEntry(0);
+    const QStringList firstList = *session.filteredList;
+    session.setChecks({0, 2});
+    session.takeChecked();
+    session.updateCurrentEntry({});
+    session.selectEntry(1);
+    session.importEntry(0, "data_imgs", Mode::ImageSequence, workspace, "DHWC", false);
+    EXPECT_EQ(frameValues(workspace.get_workspace_data().at("data_imgs")), valuesOf(firstList, {0, 2}));
+}
+
+TEST_F(Session, ALoadThatWasSupersededOrCancelledNeverArrives)
+{
+    for (int i = 0; i < 3; ++i) writeImage(dir.filePath(QString("img%1.png").arg(i)), 10 + i);
+    session.openFolder(dir.path());
+    session.applyFilter(wildcardPattern("img0*"), true);
+    session.startLoad();
+    const int first = session.load._load_id;
+    session.applyFilter(wildcardPattern("*"), true);
+    session.startLoad();
+    EXPECT_FALSE(session.acceptLoad(first, NdArray::empty({1, 1, 1}, DType::UInt8)));
+    ASSERT_TRUE(test::waitUntil([&] { return session.imageSequence.has_value(); }));
+    EXPECT_EQ(session.imageSequence->extent(0), 3);
+
+    session.startLoad();
+    EXPECT_TRUE(session.load.cancel());
+    EXPECT_FALSE(session.load.cancel()); // nothing runs any more
+    ASSERT_TRUE(test::waitUntil([&] { return !session.load.running(); }));
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(session.imageSequence);
+}
+
+TEST_F(Session, ImportHandsTheEntryOverInTheChosenAxisOrder)
+{
+    AppContext context;
+    WorkspaceManager& workspace = *context.get_component("workspace_manager");
+    int changes = 0;
+    QObject::connect(&workspace, &WorkspaceManager::workspaceChanged, [&] { ++changes; });
+    openVolume(rawFile("v.raw", 400 * 640, 5), kStart);
+
+    session.importEntry(0, "cdata", Mode::VolumeData, workspace, "DHWC", false);
+    const NdArray dhwc = workspace.get_workspace_data().at("cdata");
+    EXPECT_EQ(dhwc.shape(), (Shape{1, 640, 400}));
+    EXPECT_FALSE(dhwc.sharesStorageWith(*session.transferedData)); // the one copy
+    session.importEntry(0, "view", Mode::VolumeData, workspace, "HWCD", true);
+    EXPECT_TRUE(workspace.get_workspace_data().at("view").sharesStorageWith(*session.transferedData));
+    EXPECT_EQ(changes, 2);
+
+    session.resetSource();
+    try {
+        session.importEntry(1, "none", Mode::ImageSequence, workspace, "DHWC", false);
+        FAIL();
+    } catch (const std::runtime_error& e) {
+        EXPECT_STREQ(e.what(), "No image sequence to import");
+    }
+}

@@ -1,0 +1,177 @@
+// Image sequences in the window: the filtered list, the background load, the choice of frames.
+#include "toolboxes/importData/ImportData.h"
+#include "toolboxes/importData/model/AppContext.h"
+
+#include "../support/TempFiles.h"
+#include "../support/WaitUntil.h"
+
+#include <gtest/gtest.h>
+
+using namespace torvex;
+
+namespace {
+
+class SequenceWindow : public ::testing::Test {
+protected:
+    static void SetUpTestSuite()
+    {
+        folder = new QTemporaryDir;
+        second = new QTemporaryDir;
+        // Gray images of 4 x 6, 5 x 6 and 4 x 6 pixels whose top left value
+        // names them (0, 1, 2), and a text file; a second folder's start at 100.
+        test::runPython("import sys, numpy\nfrom PIL import Image\n"
+                        "def save(d, name, h, low):\n"
+                        "    Image.fromarray((numpy.arange(h * 6).reshape(h, 6) * 5 + low).astype('uint8')).save(f'{d}/{name}')\n"
+                        "for i, h in enumerate((4, 5, 4)): save(sys.argv[1], f'img{i}.png', h, i)\n"
+                        "for i in range(2): save(sys.argv[2], f'b{i}.png', 4, 100 + i)\n"
+                        "open(f'{sys.argv[1]}/notes.txt', 'w').write('hello')\n",
+                        {folder->path(), second->path()});
+    }
+    static void TearDownTestSuite()
+    {
+        delete folder;
+        delete second;
+    }
+    static QTemporaryDir *folder, *second;
+
+    static bool waitForLoad(ImportData& w)
+    {
+        return test::waitUntil([&] { return w.imageSequence && !w.session().load.running(); });
+    }
+    static QString status(ImportData& w) { return w.ui->statusbar->currentMessage(); }
+    static void filter(ImportData& w, const QString& text)
+    {
+        w.ui->lineEdit_filter->setText(text);
+        w.onFilterChanged();
+    }
+    // The top left value of each frame: the number of the file it came from.
+    static std::vector<int> fileNumbers(const NdArray& stack)
+    {
+        std::vector<int> numbers;
+        for (int64_t i = 0; i < stack.extent(0); ++i)
+            numbers.push_back(int(stack.index(i).slice(0, 0, 1).slice(1, 0, 1).minMax().first));
+        return numbers;
+    }
+    static std::vector<int> fileNumbers(const QStringList& files)
+    {
+        std::vector<int> numbers;
+        for (const QString& file : files) {
+            const QString name = file.section('/', -1);
+            numbers.push_back((name.startsWith('b') ? 100 : 0) + name.right(5)[0].digitValue());
+        }
+        return numbers;
+    }
+};
+QTemporaryDir *SequenceWindow::folder = nullptr, *SequenceWindow::second = nullptr;
+
+} // namespace
+
+TEST_F(SequenceWindow, AFolderLoadsFilteredAndStackedWhileTheFilterIsLocked)
+{
+    ImportData w(nullptr, nullptr, {}, folder->path(), true);
+    EXPECT_FALSE(w.ui->comboBox_outputType->isEnabled()); // a folder-only window stays with sequences
+    EXPECT_FALSE(w.ui->lineEdit_filter->isEnabled());
+    ASSERT_TRUE(waitForLoad(w));
+    EXPECT_TRUE(w.ui->lineEdit_filter->isEnabled());
+    EXPECT_EQ(w.filteredList->size(), 4); // the wildcard "*" passes everything
+    EXPECT_EQ(w.imageSequence->shape(), (Shape{4, 5, 6})); // text file as a placeholder frame
+    EXPECT_EQ(status(w), w.filteredList->at(0)); // the preview names the file of the frame shown
+    EXPECT_EQ(w.ui->listWidget_data->item(0)->text(), "data_imgs");
+
+    filter(w, "*.png");
+    ASSERT_TRUE(waitForLoad(w));
+    ASSERT_EQ(w.ui->listWidget_imageList->count(), 3);
+    // A bad pattern changes nothing; a filter that passes nothing is a load error.
+    w.ui->radioButton_regex->setChecked(true);
+    filter(w, "(");
+    EXPECT_TRUE(status(w).startsWith("Error: "));
+    EXPECT_EQ(w.filteredList->size(), 3);
+    filter(w, "nothing");
+    EXPECT_TRUE(test::waitUntil([&] { return status(w).startsWith("Error loading images: "); }));
+    EXPECT_FALSE(w.imageSequence);
+
+    // Opening a raw file cancels a load and frees the controls at once.
+    QTemporaryDir rawDir;
+    filter(w, ".*");
+    w.openFile(test::writeFile(rawDir.filePath("v.raw"), QByteArray(64, '\x07')));
+    EXPECT_TRUE(w.ui->lineEdit_filter->isEnabled());
+    EXPECT_FALSE(w.imageSequence);
+}
+
+TEST_F(SequenceWindow, ChecksRangesAndRowsChooseTheFrames)
+{
+    ImportData w(nullptr, nullptr, {}, folder->path(), true);
+    filter(w, "img*");
+    ASSERT_TRUE(waitForLoad(w));
+    QListWidget* list = w.ui->listWidget_imageList;
+    const NdArray stack = *w.imageSequence;
+
+    list->item(1)->setCheckState(Qt::Unchecked);
+    EXPECT_EQ(w.checkedIndexes, (QList<int>{0, 2}));
+    EXPECT_EQ(w.selectedimageSequence->index(1).data(), stack.index(2).data());
+    EXPECT_EQ(w.ui->label_totalFrame->text(), "/ 2");
+    // Clicking a chosen row shows its frame; an unchosen one only its path.
+    w.onImageListRowChanged(2);
+    EXPECT_EQ(w.ui->spinBox_frame->value(), 2);
+    w.onImageListRowChanged(1);
+    EXPECT_EQ(status(w), w.filteredList->at(1));
+    EXPECT_EQ(w.ui->spinBox_frame->value(), 2);
+
+    w.ui->spinBox_rg1->setValue(2);
+    EXPECT_EQ(w.checkedIndexes, (QList<int>{1, 2}));
+    EXPECT_EQ(list->item(0)->checkState(), Qt::Unchecked);
+    // A start above the end is pushed back to the end.
+    w.ui->spinBox_rg2->setValue(2);
+    w.ui->spinBox_rg1->setValue(3);
+    EXPECT_EQ(w.ui->spinBox_rg1->value(), 2);
+    EXPECT_EQ(w.checkedIndexes, QList<int>{1});
+
+    w.onSelectAll();
+    EXPECT_EQ(w.checkedIndexes, (QList<int>{0, 1, 2}));
+    EXPECT_EQ(w.ui->spinBox_rg1->value(), 2); // the range boxes stay
+    EXPECT_EQ(w.selectedimageSequence->data(), stack.data());
+    EXPECT_EQ(w.session().entries.find(0)->record.checked_indexes, (QList<int>{0, 1, 2}));
+}
+
+// Each entry keeps its own list, checks and stack: the filter of one folder
+// and the files of another never meet in one entry.
+TEST_F(SequenceWindow, EntriesOfBothKindsComeBackWholeAndImportWhatTheyShow)
+{
+    QTemporaryDir rawDir;
+    const QString raw = test::writeFile(rawDir.filePath("v.raw"), QByteArray(400 * 640, '\x09'));
+    AppContext context;
+    ImportData w(nullptr, &context, {}, raw);
+    w.ui->comboBox_outputType->setCurrentIndex(1);
+    w.openFile(folder->path());
+    ASSERT_TRUE(waitForLoad(w));
+    filter(w, "img*"); // a new filter on the same entry
+    ASSERT_TRUE(waitForLoad(w));
+    w.ui->lineEdit_filter->setText("*"); // the next folder's filter
+    w.openFile(second->path());
+    ASSERT_TRUE(waitForLoad(w));
+    ASSERT_EQ(w.ui->listWidget_data->count(), 3);
+
+    w.ui->listWidget_data->setCurrentRow(0);
+    EXPECT_EQ(w.ui->comboBox_outputType->currentText(), "Volume Data");
+    EXPECT_EQ(w.ui->stackedWidget->currentIndex(), 0);
+    EXPECT_EQ(w.ui->lineEdit_files_folder->text(), raw);
+
+    w.ui->listWidget_data->setCurrentRow(1);
+    EXPECT_EQ(w.ui->comboBox_outputType->currentText(), "Image Sequence");
+    EXPECT_EQ(w.ui->stackedWidget_preview->currentIndex(), 1);
+    EXPECT_EQ(w.ui->lineEdit_files_folder->text(), folder->path());
+    ASSERT_EQ(w.ui->listWidget_imageList->count(), 3);
+    EXPECT_EQ(w.ui->spinBox_rg2->maximum(), 3);
+    EXPECT_EQ(fileNumbers(*w.imageSequence), fileNumbers(*w.filteredList));
+    EXPECT_EQ(fileNumbers(*w.selectedimageSequence), fileNumbers(*w.filteredList));
+
+    w.ui->listWidget_imageList->item(0)->setCheckState(Qt::Unchecked);
+    w.ui->listWidget_data->setCurrentRow(2);
+    w.ui->listWidget_data->setCurrentRow(1);
+    EXPECT_EQ(w.ui->listWidget_imageList->item(0)->checkState(), Qt::Unchecked);
+    EXPECT_EQ(w.checkedIndexes, (QList<int>{1, 2}));
+    const std::vector<int> shown = fileNumbers(*w.selectedimageSequence);
+    EXPECT_EQ(shown, (std::vector<int>{fileNumbers(*w.filteredList)[1], fileNumbers(*w.filteredList)[2]}));
+    w.onImport();
+    EXPECT_EQ(fileNumbers(context.get_component("workspace_manager")->get_workspace_data().at("data_imgs")), shown);
+}

@@ -19,7 +19,8 @@ QString exampleFolder(const QStringList& fileList)
 
 } // namespace
 
-QString imageSequenceLoadFunctionText(const QStringList& fileList, const QString& filterText, bool useRegex)
+QString imageSequenceLoadFunctionText(const QStringList& fileList, const QString& filterText, bool useRegex,
+                                      bool naturalOrder)
 {
     const QString filterRepr = pythonRepr(filterText.isEmpty() ? QStringLiteral("*.*") : filterText);
     const QString filterComment = (useRegex ? "# regex pattern used: " : "# wildcard pattern used: ") + filterRepr;
@@ -34,7 +35,22 @@ QString imageSequenceLoadFunctionText(const QStringList& fileList, const QString
         !folder.contains(u'\n') && !folder.contains(u'\r') && !folder.contains(QChar(u'\0'));
     const QString folderArgument = staysInComment ? "r\"" + folder + "\"" : pythonRepr(folder);
 
-    return QStringList{
+    // The tool's natural order: the parts of re.split(r"(\d+)", name)
+    // alternate text and digits, so the lists always compare.
+    const QStringList naturalKey = !naturalOrder ? QStringList{} : QStringList{
+        "def _natural_key(path):",
+        "    \"\"\"Sort key: runs of digits by their value, then the plain name.\"\"\"",
+        "    import re",
+        "    name = os.path.basename(path)",
+        "    parts = re.split(r\"(\\d+)\", name)",
+        "    return [int(p) if i % 2 else p for i, p in enumerate(parts)], name",
+        "",
+        "",
+    };
+    const QStringList naturalSort =
+        !naturalOrder ? QStringList{} : QStringList{"    files = sorted(files, key=_natural_key)"};
+
+    return (QStringList{
         "import os",
         "import numpy as np",
         "import PIL.Image",
@@ -50,6 +66,7 @@ QString imageSequenceLoadFunctionText(const QStringList& fileList, const QString
         "    return np.zeros_like(arr, dtype=np.uint8)",
         "",
         "",
+    } + naturalKey + QStringList{
         "def load_image_sequence(folder_path):",
         "    \"\"\"Load a filtered image sequence from *folder_path*.",
         "",
@@ -63,6 +80,7 @@ QString imageSequenceLoadFunctionText(const QStringList& fileList, const QString
         "        for f in os.listdir(folder_path)",
         "        if os.path.isfile(os.path.join(folder_path, f))",
         "    )",
+    } + naturalSort + QStringList{
         "    " + filterCode,
         "",
         "    raw = []",
@@ -105,7 +123,7 @@ QString imageSequenceLoadFunctionText(const QStringList& fileList, const QString
         "# Example usage:",
         "# imgs = load_image_sequence(" + folderArgument + ")",
         "",
-    }.join(u'\n');
+    }).join(u'\n');
 }
 
 } // namespace torvex

@@ -9,7 +9,10 @@ namespace torvex {
 // which filters a folder's files by filterText (a regular expression if useRegex,
 // else a wildcard; "*.*" when empty) and stacks the images as the loader does.
 // fileList is the current entry's list; its first name gives the folder of the
-// usage comment. Throws std::runtime_error when fileList is empty.
-QString imageSequenceLoadFunctionText(const QStringList& fileList, const QString& filterText, bool useRegex);
+// usage comment. With naturalOrder the files are sorted by the natural order
+// of their names (see naturalLess) instead of plainly.
+// Throws std::runtime_error when fileList is empty.
+QString imageSequenceLoadFunctionText(const QStringList& fileList, const QString& filterText, bool useRegex,
+                                      bool naturalOrder = false);
 
 } // namespace torvex

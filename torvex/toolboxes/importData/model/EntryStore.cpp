@@ -11,15 +11,15 @@ const EntryStore::Entry* EntryStore::find(int row) const
     return row >= 0 && row < size() ? &entries_[static_cast<size_t>(row)] : nullptr;
 }
 
-int EntryStore::add(const QString& name, const DataEntry& record)
+int EntryStore::add(const Entry& entry)
 {
-    entries_.push_back({name, record});
+    entries_.push_back(entry);
     return size() - 1;
 }
 
-void EntryStore::write(int row, const DataEntry& record)
+void EntryStore::write(int row, const Entry& entry)
 {
-    if (row >= 0 && row < size()) entries_[static_cast<size_t>(row)].record = record;
+    if (row >= 0 && row < size()) entries_[static_cast<size_t>(row)] = entry;
 }
 
 QString EntryStore::rename(int row, const QString& typed)

@@ -3,6 +3,9 @@
 #include "toolboxes/importData/entries/DataEntry.h"
 
 #include <QString>
+#include <QStringList>
+
+#include <optional>
 
 #include <vector>
 
@@ -16,6 +19,10 @@ public:
     struct Entry {
         QString name; // the variable name it is imported under
         DataEntry record;
+        // Of an image sequence: all the files its filter chose from, and
+        // whether they are in the natural order of their names.
+        std::optional<QStringList> fileList;
+        bool naturalOrder = false;
     };
 
     int size() const { return static_cast<int>(entries_.size()); }
@@ -24,9 +31,9 @@ public:
     int current() const { return current_; }
     void setCurrent(int row) { current_ = row; }
 
-    // Appends an entry under `name` (see uniqueName) and returns its row.
-    int add(const QString& name, const DataEntry& record);
-    void write(int row, const DataEntry& record);
+    // Appends an entry (named as uniqueName gives) and returns its row.
+    int add(const Entry& entry);
+    void write(int row, const Entry& entry);
     // Renames a row to the valid Python name the typed text becomes, and returns it.
     QString rename(int row, const QString& typed);
     // `base`, or the first of `base`_1, `base`_2, ... that no entry is named.

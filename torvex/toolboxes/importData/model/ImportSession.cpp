@@ -3,6 +3,8 @@
 #include "toolboxes/importData/model/AppContext.h"
 #include "toolboxes/importData/entries/OutputFormat.h"
 #include "toolboxes/importData/sequence/FileFilter.h"
+#include "toolboxes/importData/sequence/NumberedNames.h"
+#include "toolboxes/importData/sequence/PythonPath.h"
 #include "toolboxes/importData/sequence/ThreadHandOff.h"
 #include "toolboxes/importData/volume/AxisTransfer.h"
 #include "toolboxes/importData/volume/ImageTypes.h"
@@ -60,6 +62,7 @@ void ImportSession::openFolder(const QString& folder)
     QStringList files;
     for (const QString& name : QDir(folder).entryList(QDir::Files | QDir::Hidden, QDir::Unsorted))
         files << folder + "/" + name;
+    sortFiles(files, naturalOrder);
     fileList = files;
     _pending_add_entry = true;
 }
@@ -69,10 +72,34 @@ void ImportSession::openFileList(const QStringList& paths)
     QStringList files;
     std::copy_if(paths.begin(), paths.end(), std::back_inserter(files),
                  [](const QString& path) { return QFileInfo(path).isFile(); });
-    // Plain code-point order of the whole path texts.
-    std::sort(files.begin(), files.end(), [](const QString& a, const QString& b) { return a.toUcs4() < b.toUcs4(); });
+    sortFiles(files, naturalOrder);
     fileList = files;
     if (!files.isEmpty()) _pending_add_entry = true;
+}
+
+void ImportSession::setNaturalOrder(bool natural)
+{
+    naturalOrder = natural;
+    if (fileList) sortFiles(*fileList, natural);
+}
+
+std::optional<QString> ImportSession::outOfOrderNotice() const
+{
+    QStringList names;
+    for (const QString& path : filteredList.value_or(QStringList())) names << pythonBasename(path);
+    sortFiles(names, false);
+    const auto pair = firstNumberedPairOutOfOrder(names);
+    if (!pair) return std::nullopt;
+    return "Numbered names out of order: " + pair->first + " sorts before " + pair->second;
+}
+
+std::optional<QString> ImportSession::missingFilesNotice() const
+{
+    QStringList names;
+    for (const QString& path : filteredList.value_or(QStringList())) names << pythonBasename(path);
+    const std::optional<MissingNumbers> gap = missingNumbers(names);
+    if (!gap) return std::nullopt;
+    return missingNumbersMessage(*gap);
 }
 
 void ImportSession::decode(const RawLayout& layout)
@@ -167,7 +194,8 @@ int ImportSession::addEntry(const QString& name, Mode mode, const std::optional<
         record.file_path = _current_file_path;
         record.params = panel;
     }
-    const int row = entries.add(name, record);
+    const bool sequence = mode == Mode::ImageSequence;
+    const int row = entries.add({name, record, sequence ? fileList : std::nullopt, sequence && naturalOrder});
     entries.setCurrent(row);
     _pending_add_entry = false;
     return row;
@@ -178,7 +206,8 @@ void ImportSession::updateCurrentEntry(const VolumeParams& panel)
     if (_pending_add_entry) return; // the data shown has no entry yet
     const EntryStore::Entry* entry = entries.find(entries.current());
     if (!entry) return;
-    DataEntry record = entry->record;
+    EntryStore::Entry updated = *entry;
+    DataEntry& record = updated.record;
     // By the entry's own mode, never by the mode shown.
     if (modeOfText(record.mode) == Mode::VolumeData) {
         record.data = transferedData;
@@ -190,8 +219,10 @@ void ImportSession::updateCurrentEntry(const VolumeParams& panel)
         record.image_sequence = imageSequence;
         record.file_list = filteredList;
         record.checked_indexes = checkedIndexes;
+        updated.fileList = fileList;
+        updated.naturalOrder = naturalOrder;
     }
-    entries.write(entries.current(), record);
+    entries.write(entries.current(), updated);
 }
 
 const EntryStore::Entry* ImportSession::selectEntry(int row)
@@ -207,6 +238,8 @@ const EntryStore::Entry* ImportSession::selectEntry(int row)
         return entry;
     }
     filteredList = record.file_list.value_or(QStringList());
+    if (entry->fileList) fileList = entry->fileList; // its filter chooses from its own folder again
+    naturalOrder = entry->naturalOrder;
     imageSequence = record.image_sequence;
     selectedimageSequence = record.data;
     if (record.checked_indexes) checkedIndexes = *record.checked_indexes;

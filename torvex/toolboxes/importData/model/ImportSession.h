@@ -38,6 +38,7 @@ public:
     QList<int> checkedIndexes;                  // rows checked in the image list
     bool _pending_add_entry = false;            // a new source waits for its entry
     std::optional<QString> _current_file_path;  // the raw file behind readedBinary
+    bool naturalOrder = false;                  // image files in the natural order of their names
     ImageLoad load;
     EntryStore entries;
 
@@ -45,10 +46,13 @@ public:
     void resetSource();
     // Reads a raw file whole; on failure no bytes are held and the reason is thrown.
     void openRawFile(const QString& path);
-    // The regular files of a folder, in the file system's order.
+    // The regular files of a folder, sorted (see sortFiles).
     void openFolder(const QString& folder);
-    // The regular files among `paths`, in code-point order of the paths.
+    // The regular files among `paths`, sorted (see sortFiles).
     void openFileList(const QStringList& paths);
+    // Sorts the files in natural order, or plainly again; the filter must
+    // then be applied anew.
+    void setNaturalOrder(bool natural);
 
     // Decodes the raw bytes by `layout`; an unknown type changes nothing. A
     // failure leaves no decoded array and is thrown.
@@ -65,6 +69,13 @@ public:
     void applyFilter(const QString& pattern, bool wildcard);
     // Starts loading the filtered files; their stack arrives with acceptLoad.
     void startLoad();
+    // "Numbered names out of order: img10.png sorts before img2.png" when the
+    // filtered names' plain order differs from their numbers' order.
+    std::optional<QString> outOfOrderNotice() const;
+    // "Missing 3 of 500 numbered files: 17, 18, 240" when the filtered names
+    // are one numbered series with gaps.
+    std::optional<QString> missingFilesNotice() const;
+
     // Takes a load's stack, all of it chosen, into the current sequence entry
     // too; false for a superseded load.
     bool acceptLoad(int load_id, const NdArray& image_sequence);

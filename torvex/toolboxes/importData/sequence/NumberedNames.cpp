@@ -1,5 +1,7 @@
 #include "toolboxes/importData/sequence/NumberedNames.h"
 
+#include "toolboxes/importData/sequence/PythonPath.h"
+
 #include <algorithm>
 #include <set>
 
@@ -79,6 +81,24 @@ bool naturalLess(const QString& a, const QString& b)
         if (i + 1 == n && x.text.size() != y.text.size()) return x.text.size() < y.text.size();
     }
     return comparePlain(a, b) < 0;
+}
+
+void sortFiles(QStringList& paths, bool natural)
+{
+    // Keys made once: a folder may hold tens of thousands of names.
+    struct Keyed {
+        QList<uint> plain;
+        QString name;
+        QString path;
+    };
+    std::vector<Keyed> keyed;
+    keyed.reserve(static_cast<size_t>(paths.size()));
+    for (QString& path : paths) keyed.push_back({path.toUcs4(), natural ? pythonBasename(path) : QString(), path});
+    std::stable_sort(keyed.begin(), keyed.end(), [natural](const Keyed& a, const Keyed& b) {
+        if (natural && a.name != b.name) return naturalLess(a.name, b.name);
+        return a.plain < b.plain;
+    });
+    for (size_t i = 0; i < keyed.size(); ++i) paths[static_cast<qsizetype>(i)] = std::move(keyed[i].path);
 }
 
 std::optional<std::pair<QString, QString>> firstNumberedPairOutOfOrder(const QStringList& plainSorted)

@@ -16,6 +16,10 @@ namespace torvex {
 // sorts them.
 bool naturalLess(const QString& a, const QString& b);
 
+// Sorts paths in plain order (code points, as Python sorts text), or in the
+// natural order of their file names.
+void sortFiles(QStringList& paths, bool natural);
+
 // The first pair of neighbours, in plain order, whose numbers put them the
 // other way round: ("img10.png", "img2.png"). None when both orders agree.
 // `plainSorted` must be sorted plainly.

@@ -30,7 +30,8 @@ void ImportData::onGenerateFunction()
             const EntryStore::Entry* entry = _session.entries.find(ui->listWidget_data->currentRow());
             const QStringList file_list = entry ? entry->record.file_list.value_or(QStringList()) : QStringList();
             function_body = imageSequenceLoadFunctionText(file_list, ui->lineEdit_filter->text(),
-                                                          ui->radioButton_regex->isChecked());
+                                                          ui->radioButton_regex->isChecked(),
+                                                          ui->checkBox_naturalOrder->isChecked());
         }
 
         QDialog dialog(this);

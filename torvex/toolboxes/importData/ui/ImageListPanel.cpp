@@ -18,10 +18,28 @@ void ImportData::onFilterChanged()
         ui->spinBox_rg2->setValue(count);
         _showFrameSlider(true);
         _populateImageListWidget(*filteredList, true);
+        _showSequenceNotes(false);
         _readImageSequence();
     } catch (const std::exception& e) {
         _showError(e);
     }
+}
+
+void ImportData::onNaturalOrderChanged()
+{
+    _session.setNaturalOrder(ui->checkBox_naturalOrder->isChecked());
+    if (fileList) onFilterChanged();
+}
+
+QStringList ImportData::_showSequenceNotes(bool loaded)
+{
+    const std::optional<QString> order = _session.naturalOrder ? std::nullopt : _session.outOfOrderNotice();
+    ui->checkBox_naturalOrder->setEnabled(order || _session.naturalOrder);
+    QStringList notes;
+    for (const std::optional<QString>& note : {order, loaded ? _session.missingFilesNotice() : std::nullopt})
+        if (note) notes << *note;
+    ui->label_missingFiles->setText(notes.join('\n'));
+    return notes;
 }
 
 void ImportData::_populateImageListWidget(const QStringList& file_list, bool checked_all,

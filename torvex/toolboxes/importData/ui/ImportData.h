@@ -104,6 +104,8 @@ public:
     void _populateImageListWidget(const QStringList& file_list, bool checked_all = true,
                                   const QSet<int>& checked_indexes = {});
     void onFilterChanged();
+    // Sorts the image files by the numbers in their names, or plainly again.
+    void onNaturalOrderChanged();
     void onSelectAll();
     void onSelectionChanged();
     void onSelectedRangeChanged(const QString& pos);
@@ -155,6 +157,10 @@ private:
     // Shows the entry rows as the session holds them, names and records.
     void _showEntryRow(int row);
     void _showError(const std::exception& e);
+    // Shows what the names of the filtered images tell beside the list:
+    // numbers out of order (which enables the natural-order box) and, once
+    // loaded, missing numbers. Returns those notes.
+    QStringList _showSequenceNotes(bool loaded);
 };
 
 } // namespace torvex

@@ -33,8 +33,12 @@ void ImportData::_onLoadFinished(int load_id, const NdArray& image_sequence)
     if (!_session.acceptLoad(load_id, image_sequence)) return;
     _setLoadingState(false);
     ui->statusbar->showMessage(QString::number(image_sequence.extent(0)) + " image(s) loaded", 5000);
+    const QStringList notes = _showSequenceNotes(true);
+    for (const QString& note : notes) ui->statusbar->showMessage(note, 5000);
     _showEntryRow(_session.entries.current());
     _refreshPreview();
+    // The preview names the file it shows; what the names tell stays in sight.
+    if (!notes.isEmpty()) ui->statusbar->showMessage(notes.last(), 5000);
 }
 
 void ImportData::_onLoadError(int load_id, const QString& msg)

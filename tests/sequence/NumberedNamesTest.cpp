@@ -42,6 +42,7 @@ TEST(NumberedNames, TheFirstPlainPairOutOfNumericOrderIsNamed)
 {
     EXPECT_EQ(firstNumberedPairOutOfOrder({"img1.png", "img10.png", "img2.png"}),
               (std::pair<QString, QString>{"img10.png", "img2.png"}));
+    EXPECT_EQ(firstNumberedPairOutOfOrder({"s1", "s10", "s100", "s11", "s2"}), (std::pair<QString, QString>{"s10", "s2"}));
     for (const QStringList& agreeing : {QStringList{"a.png", "b.png"}, QStringList{"img01.png", "img02.png"},
                                         QStringList{"a01.png", "a1.png"}, QStringList{}, QStringList{"one"}})
         EXPECT_FALSE(firstNumberedPairOutOfOrder(agreeing)) << agreeing.join(' ').toStdString();

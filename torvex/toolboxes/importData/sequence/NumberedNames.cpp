@@ -103,8 +103,21 @@ void sortFiles(QStringList& paths, bool natural)
 
 std::optional<std::pair<QString, QString>> firstNumberedPairOutOfOrder(const QStringList& plainSorted)
 {
-    for (qsizetype i = 0; i + 1 < plainSorted.size(); ++i)
-        if (naturalLess(plainSorted[i + 1], plainSorted[i])) return std::pair{plainSorted[i], plainSorted[i + 1]};
+    const qsizetype n = plainSorted.size();
+    // The naturally smallest name from each position on, so that one pass
+    // finds the first name that a later one should precede.
+    std::vector<qsizetype> smallestFrom(static_cast<size_t>(n + 1), n);
+    for (qsizetype i = n - 1; i >= 0; --i) {
+        const qsizetype later = smallestFrom[static_cast<size_t>(i + 1)];
+        smallestFrom[static_cast<size_t>(i)] =
+            later < n && naturalLess(plainSorted[later], plainSorted[i]) ? later : i;
+    }
+    for (qsizetype i = 0; i + 1 < n; ++i) {
+        const qsizetype later = smallestFrom[static_cast<size_t>(i + 1)];
+        if (!naturalLess(plainSorted[later], plainSorted[i])) continue;
+        for (qsizetype j = i + 1; j < n; ++j)
+            if (naturalLess(plainSorted[j], plainSorted[i])) return std::pair{plainSorted[i], plainSorted[j]};
+    }
     return std::nullopt;
 }
 

@@ -20,9 +20,10 @@ bool naturalLess(const QString& a, const QString& b);
 // natural order of their file names.
 void sortFiles(QStringList& paths, bool natural);
 
-// The first pair of neighbours, in plain order, whose numbers put them the
-// other way round: ("img10.png", "img2.png"). None when both orders agree.
-// `plainSorted` must be sorted plainly.
+// The first pair, in plain order, whose numbers put them the other way round:
+// the first name that a later one should precede, and the first such later
+// one: ("img10.png", "img2.png"). None when both orders agree. `plainSorted`
+// must be sorted plainly.
 std::optional<std::pair<QString, QString>> firstNumberedPairOutOfOrder(const QStringList& plainSorted);
 
 // The numbers missing from one numbered series: names that differ only in

@@ -7,8 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace torvex {
-namespace {
+using namespace torvex;
 
 // The generated sequence loader on its own: the empty filter's default, a
 // regular expression on the base name, and 16-bit stretching (see the script).
@@ -24,6 +23,3 @@ TEST(GeneratedLoadFunctions, ImageSequenceStacksAFolderOfPngs)
         {loadFunctionTestDir() + "/check_image_sequence.py", images, dir.filePath("all.py"), dir.filePath("a_and_b.py")});
     EXPECT_EQ(run.exitCode, 0) << run.err.toStdString();
 }
-
-} // namespace
-} // namespace torvex

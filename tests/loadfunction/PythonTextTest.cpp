@@ -1,14 +1,13 @@
 #include "PythonProcess.h"
-#include "toolboxes/importData/sequence/PythonPath.h"
 #include "toolboxes/importData/loadfunction/PythonText.h"
+#include "toolboxes/importData/sequence/PythonPath.h"
 
 #include <gtest/gtest.h>
 
-namespace torvex {
-namespace {
+using namespace torvex;
 
 // Texts cross the pipe as hex of their UTF-16 units, so lone surrogates survive.
-const char* const kApplyToEachLine = R"(
+static const char* const kApplyToEachLine = R"(
 import sys, posixpath
 function = {"repr": repr, "dirname": posixpath.dirname}[sys.argv[1]]
 for line in sys.stdin:
@@ -16,12 +15,12 @@ for line in sys.stdin:
     print(function(text).encode("utf-16-le", "surrogatepass").hex())
 )";
 
-QByteArray utf16Hex(const QString& text)
+static QByteArray utf16Hex(const QString& text)
 {
     return QByteArray(reinterpret_cast<const char*>(text.utf16()), text.size() * 2).toHex();
 }
 
-void expectSameAsPython(const char* function, QString (*ours)(const QString&), const QStringList& inputs)
+static void expectSameAsPython(const char* function, QString (*ours)(const QString&), const QStringList& inputs)
 {
     QByteArray input;
     for (const QString& text : inputs) input += utf16Hex(text) + '\n';
@@ -29,25 +28,19 @@ void expectSameAsPython(const char* function, QString (*ours)(const QString&), c
     ASSERT_EQ(run.exitCode, 0) << run.err.toStdString();
     const QByteArrayList expected = run.out.chopped(1).split('\n');
     ASSERT_EQ(expected.size(), inputs.size());
-    int mismatches = 0;
-    for (qsizetype i = 0; i < inputs.size() && mismatches < 10; ++i) {
-        const QByteArray actual = utf16Hex(ours(inputs[i]));
-        if (actual == expected[i]) continue;
-        ++mismatches;
-        ADD_FAILURE() << function << " of UTF-16 " << utf16Hex(inputs[i]).toStdString() << ": python "
-                      << expected[i].toStdString() << ", ours " << actual.toStdString();
-    }
+    for (qsizetype i = 0, mismatches = 0; i < inputs.size() && mismatches < 10; ++i)
+        if (const QByteArray actual = utf16Hex(ours(inputs[i])); actual != expected[i] && ++mismatches)
+            ADD_FAILURE() << function << " of UTF-16 " << utf16Hex(inputs[i]).toStdString() << ": python "
+                          << expected[i].toStdString() << ", ours " << actual.toStdString();
 }
 
 TEST(PythonText, ReprMatchesPython)
 {
     QStringList inputs;
-    for (char32_t codePoint = 0; codePoint <= 0x10ffff; ++codePoint) {
-        // Surrogate code points stand alone, as a Python str can hold them.
+    // Every code point; surrogates stand alone, as a Python str can hold them.
+    for (char32_t codePoint = 0; codePoint <= 0x10ffff; ++codePoint)
         inputs << (codePoint <= 0xffff ? QString(QChar(char16_t(codePoint))) : QString::fromUcs4(&codePoint, 1));
-    }
-    const QChar high(char16_t(0xd800));
-    const QChar low(char16_t(0xdc00));
+    const QChar high(char16_t(0xd800)), low(char16_t(0xdc00));
     inputs << "" << "it's" << "say \"hi\"" << "both ' and \"" << "'\"'\\" << "^img_\\d+\\.tif$" << "tab\tlf\ncr\r\x01"
            << QString::fromUtf16(u"\u00e9\u00d7 \u00a0\u00ad\u2028\ue000 \U0001F600\U000E0001")
            << QString("a") + high + "b" + low + low + high + "'" << QString("ends high ") + high;
@@ -60,6 +53,3 @@ TEST(PythonText, DirnameMatchesPython)
                        {"", "a.png", "/", "//", "///", "/a", "//a/b", "///a", "a//b", "a/b/", "/a/b///c", "../",
                         QString::fromUtf16(u"\u00e9/\u00d7\U0001F600/f")});
 }
-
-} // namespace
-} // namespace torvex

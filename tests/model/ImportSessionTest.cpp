@@ -124,15 +124,6 @@ TEST_F(Session, TheCurrentEntryFollowsChangesButNotWhileANewSourceWaits)
     EXPECT_TRUE(session.entries.find(0)->record.readedBinary->size() == 400 * 640);
 }
 
-TEST_F(Session, NamesAreUniqueWhenMadeAndValidWhenTyped)
-{
-    openVolume(rawFile("v.raw", 400 * 640, 5), kStart);
-    EXPECT_EQ(session.entries.uniqueName("cdata"), "cdata_1");
-    EXPECT_EQ(session.entries.rename(0, "  my data "), "my_data");
-    EXPECT_EQ(session.entries.find(0)->name, "my_data");
-    EXPECT_EQ(session.entries.uniqueName("cdata"), "cdata");
-}
-
 TEST_F(Session, ChecksChooseFramesWithoutCopying)
 {
     for (int i = 0; i < 4; ++i) writeImage(dir.filePath(QString("img%1.png").arg(i)), 10 + i);
@@ -198,27 +189,6 @@ TEST_F(Session, ASequenceEntryKeepsItsOwnListStackAndImportAcrossFolders)
     session.selectEntry(1);
     session.importEntry(0, "data_imgs", Mode::ImageSequence, workspace, "DHWC", false);
     EXPECT_EQ(frameValues(workspace.get_workspace_data().at("data_imgs")), valuesOf(firstList, {0, 2}));
-}
-
-TEST_F(Session, ALoadThatWasSupersededOrCancelledNeverArrives)
-{
-    for (int i = 0; i < 3; ++i) writeImage(dir.filePath(QString("img%1.png").arg(i)), 10 + i);
-    session.openFolder(dir.path());
-    session.applyFilter(wildcardPattern("img0*"), true);
-    session.startLoad();
-    const int first = session.load._load_id;
-    session.applyFilter(wildcardPattern("*"), true);
-    session.startLoad();
-    EXPECT_FALSE(session.acceptLoad(first, NdArray::empty({1, 1, 1}, DType::UInt8)));
-    ASSERT_TRUE(test::waitUntil([&] { return session.imageSequence.has_value(); }));
-    EXPECT_EQ(session.imageSequence->extent(0), 3);
-
-    session.startLoad();
-    EXPECT_TRUE(session.load.cancel());
-    EXPECT_FALSE(session.load.cancel()); // nothing runs any more
-    ASSERT_TRUE(test::waitUntil([&] { return !session.load.running(); }));
-    QCoreApplication::processEvents();
-    EXPECT_FALSE(session.imageSequence);
 }
 
 TEST_F(Session, ImportHandsTheEntryOverInTheChosenAxisOrder)

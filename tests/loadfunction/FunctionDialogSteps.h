@@ -1,48 +1,81 @@
 #pragma once
 
-// The user's part in the dialog of the generated text and the dialogs it opens.
-#include "ModalScript.h"
+// The user's part in Generate Function's dialog and in the dialogs it opens.
+#include "toolboxes/importData/ImportData.h"
 
-#include <QFile>
+#include "../support/TempFiles.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
 #include <QTextEdit>
+#include <QTimer>
 
-#include <gtest/gtest.h>
-
-#include <functional>
+#include <deque>
 
 namespace torvex::test {
 
-using Step = ModalScript::Step;
+// A modal dialog of the class named and what the user does there.
+struct Step {
+    const char* dialogClass;
+    std::function<void(QWidget*)> act;
+};
+
+// Runs Generate Function while the steps take the dialogs in order, each from
+// the event loop, so that it may open a dialog of its own. A dialog that no
+// step takes is noted and closed after a while, so that it fails the test
+// instead of hanging it; until then it may just be on its way out.
+inline void play(ImportData& w, const std::vector<Step>& steps)
+{
+    std::deque<Step> pending(steps.begin(), steps.end());
+    QStringList unexpected;
+    QPointer<QWidget> seen, actedOn;
+    QElapsedTimer since;
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, [&] {
+        QWidget* modal = QApplication::activeModalWidget();
+        if (modal != seen) since.start();
+        seen = modal;
+        if (!modal) return;
+        if (modal != actedOn && !pending.empty() && modal->metaObject()->className() == QString(pending[0].dialogClass)) {
+            QTimer::singleShot(0, modal, [act = pending[0].act, modal] { act(modal); });
+            pending.pop_front();
+            actedOn = modal;
+            since.start();
+        } else if (since.elapsed() > 10000) { // generous: sanitizer builds open dialogs slowly
+            unexpected << modal->metaObject()->className() + QString(" ") + modal->windowTitle();
+            modal->close();
+        }
+    });
+    timer.start(10);
+    w.onGenerateFunction();
+    EXPECT_EQ(pending.size(), 0u);
+    EXPECT_EQ(unexpected, QStringList());
+}
 
 // In the dialog of the generated text: look at its text box, then press the button of that text.
-Step pressInFunctionDialog(const QString& button, std::function<void(QTextEdit*)> look = {})
+inline Step pressInFunctionDialog(const QString& button, std::function<void(QTextEdit*)> look = {})
 {
-    return {[](QWidget* modal) { return modal->windowTitle() == "Generated Load Function"; },
-            [button, look](QWidget* dialog) {
+    return {"QDialog", [=](QWidget* dialog) {
+                EXPECT_EQ(dialog->windowTitle(), "Generated Load Function");
                 if (look) look(dialog->findChild<QTextEdit*>());
-                for (QPushButton* b : dialog->findChildren<QPushButton*>()) {
-                    if (b->text().remove('&') == button) {
-                        b->click();
-                        return;
-                    }
-                }
+                for (QPushButton* b : dialog->findChildren<QPushButton*>())
+                    if (b->text().remove('&') == button) return b->click();
                 ADD_FAILURE() << "no button " << button.toStdString();
                 dialog->close();
             }};
 }
 
 // Picks `path` in the save dialog; `before` runs just before the choice is accepted.
-Step saveAs(const QString& path, std::function<void()> before = {})
+inline Step saveAs(const QString& path, std::function<void()> before = {})
 {
-    return {[](QWidget* modal) { return qobject_cast<QFileDialog*>(modal) != nullptr; },
-            [path, before](QWidget* modal) {
-                auto* dialog = static_cast<QFileDialog*>(modal);
+    return {"QFileDialog", [=](QWidget* dialog) {
                 // Qt's own question before replacing a file is not the window's; answer it in advance.
-                dialog->setOption(QFileDialog::DontConfirmOverwrite);
+                static_cast<QFileDialog*>(dialog)->setOption(QFileDialog::DontConfirmOverwrite);
                 // Typed, as selectFile leaves alone the name field that has the focus.
                 dialog->findChild<QLineEdit*>("fileNameEdit")->setText(path);
                 if (before) before();
@@ -50,24 +83,19 @@ Step saveAs(const QString& path, std::function<void()> before = {})
             }};
 }
 
-Step cancelSave()
-{
-    return {[](QWidget* modal) { return qobject_cast<QFileDialog*>(modal) != nullptr; },
-            [](QWidget* modal) { static_cast<QFileDialog*>(modal)->reject(); }};
-}
+inline Step cancelSave() { return {"QFileDialog", [](QWidget* dialog) { static_cast<QDialog*>(dialog)->reject(); }}; }
 
 // Notes "title|text" of a message box and closes it, after `then`.
-Step messageBox(QStringList& noted, std::function<void()> then = {})
+inline Step messageBox(QStringList& noted, std::function<void()> then = {})
 {
-    return {[](QWidget* modal) { return qobject_cast<QMessageBox*>(modal) != nullptr; },
-            [&noted, then](QWidget* modal) {
-                noted << modal->windowTitle() + "|" + static_cast<QMessageBox*>(modal)->text();
+    return {"QMessageBox", [&noted, then](QWidget* box) {
+                noted << box->windowTitle() + "|" + static_cast<QMessageBox*>(box)->text();
                 if (then) then();
-                modal->close();
+                box->close();
             }};
 }
 
-QByteArray contentOf(const QString& path)
+inline QByteArray contentOf(const QString& path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");

@@ -6,7 +6,6 @@
 #include <QDir>
 #include <QDropEvent>
 #include <QMimeData>
-#include <QUrl>
 
 #include <gtest/gtest.h>
 
@@ -18,75 +17,64 @@ namespace {
 // widget that accepted the drag's entry, which a test has no real drag for.
 struct DropTarget : ImportData {
     using ImportData::ImportData;
-    using ImportData::dragEnterEvent;
-    using ImportData::dropEvent;
+
+    // Hands the paths (or URLs) to the handler of E; whether the window accepted them.
+    template <class E>
+    bool deliver(const QStringList& paths)
+    {
+        QList<QUrl> urls;
+        for (const QString& path : paths) urls << (path.startsWith('/') ? QUrl::fromLocalFile(path) : QUrl(path));
+        QMimeData mime;
+        mime.setUrls(urls);
+        E event(QPoint(5, 5), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+        event.setAccepted(false);
+        if constexpr (std::is_same_v<E, QDropEvent>) dropEvent(&event);
+        else dragEnterEvent(&event);
+        return event.isAccepted();
+    }
 };
 
 class Drops : public ::testing::Test {
 protected:
     QTemporaryDir dir;
     QString raw = test::writeFile(dir.filePath("scan"), QByteArray(400 * 640, '\x02'));
-    QString png = test::writeFile(dir.filePath("B.PNG"), QByteArray("not really a png"));
-    QString other = test::writeFile(dir.filePath("a.dat"), QByteArray("x"));
-    QString folder = [this] {
-        QDir(dir.path()).mkdir("sub");
-        return dir.filePath("sub");
-    }();
-
-    // Hands `urls` to a drag handler of the window as an event of type E;
-    // returns whether the window accepted it.
-    template <class E>
-    static bool deliver(DropTarget& w, void (DropTarget::*handler)(E*), const QList<QUrl>& urls)
-    {
-        QMimeData mime;
-        mime.setUrls(urls);
-        E event(QPoint(5, 5), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
-        event.setAccepted(false);
-        (w.*handler)(&event);
-        return event.isAccepted();
-    }
-    static bool drop(DropTarget& w, const QList<QUrl>& urls) { return deliver<QDropEvent>(w, &DropTarget::dropEvent, urls); }
-    static bool enter(DropTarget& w, const QList<QUrl>& urls)
-    {
-        return deliver<QDragEnterEvent>(w, &DropTarget::dragEnterEvent, urls);
-    }
-    static QUrl local(const QString& path) { return QUrl::fromLocalFile(path); }
-    QString status(DropTarget& w) { return w.ui->statusbar->currentMessage(); }
+    QString png = test::writeFile(dir.filePath("B.PNG"), "not really a png");
+    QString other = test::writeFile(dir.filePath("a.dat"), "x");
+    QString folder = QDir(dir.path()).mkdir("sub") ? dir.filePath("sub") : QString();
 };
 
 } // namespace
 
-TEST_F(Drops, RoutesByWhatIsDropped)
+TEST_F(Drops, RouteByWhatIsDropped)
 {
+    // What is dropped; the mode it sets (0 a raw volume, 1 images); the source shown; the images listed.
+    const struct { QStringList dropped; int mode; QString shown; QStringList listed; } rows[] = {
+        {{raw}, 0, raw, {}},
+        {{png}, 1, dir.path(), {png}},                 // a capital extension is still an image
+        {{raw, other}, 1, dir.path(), {other, raw}},   // several files: images, sorted
+        {{folder, other}, 1, dir.path(), {other}},     // files win over folders
+        {{folder, dir.path()}, 1, folder, {}},         // the first folder only
+    };
     DropTarget w;
-    EXPECT_TRUE(drop(w, {local(raw)}));
-    EXPECT_EQ(w.ui->comboBox_outputType->currentIndex(), 0);
-    EXPECT_TRUE(w.readedBinary.has_value());
-
-    EXPECT_TRUE(drop(w, {local(png)})); // capital extension still an image
-    EXPECT_EQ(w.ui->comboBox_outputType->currentIndex(), 1);
-    EXPECT_EQ(w.fileList, QStringList{png});
-    EXPECT_FALSE(w.readedBinary.has_value());
-
-    EXPECT_TRUE(drop(w, {local(other), local(raw)})); // two files: images, sorted
-    EXPECT_EQ(w.fileList, (QStringList{other, raw}));
-
-    EXPECT_TRUE(drop(w, {local(folder), local(other)})); // files win over folders
-    EXPECT_EQ(w.fileList, QStringList{other});
-
-    EXPECT_TRUE(drop(w, {local(folder), local(dir.path())})); // first folder only
-    EXPECT_EQ(w.ui->lineEdit_files_folder->text(), folder);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.dropped.join(", ").toStdString());
+        EXPECT_TRUE(w.deliver<QDropEvent>(row.dropped));
+        EXPECT_EQ(w.ui->comboBox_outputType->currentIndex(), row.mode);
+        EXPECT_EQ(w.ui->lineEdit_files_folder->text(), row.shown);
+        EXPECT_EQ(w.fileList.value_or(QStringList()), row.listed);
+        EXPECT_EQ(w.readedBinary.has_value(), row.mode == 0);
+    }
 }
 
 TEST_F(Drops, NothingUsableIsIgnoredAndKeepsTheSource)
 {
     DropTarget w(nullptr, nullptr, {}, raw);
-    EXPECT_FALSE(drop(w, {QUrl("https://example.org/a.png")}));
-    EXPECT_EQ(status(w), "Error: No valid files or folders");
-    EXPECT_FALSE(drop(w, {local(dir.filePath("gone.raw"))}));
+    EXPECT_FALSE(w.deliver<QDropEvent>({"https://example.org/a.png"}));
+    EXPECT_EQ(w.ui->statusbar->currentMessage(), "Error: No valid files or folders");
+    EXPECT_FALSE(w.deliver<QDropEvent>({dir.filePath("gone.raw")}));
+    EXPECT_FALSE(w.deliver<QDropEvent>({}));
     EXPECT_TRUE(w.readedBinary.has_value());
-    EXPECT_FALSE(drop(w, {}));
-
-    EXPECT_TRUE(enter(w, {QUrl("https://example.org/a.png"), local(dir.filePath("gone")), local(raw)}));
-    EXPECT_FALSE(enter(w, {QUrl("https://example.org/a.png")}));
+    // A drag is welcome when it holds an existing local path.
+    EXPECT_TRUE(w.deliver<QDragEnterEvent>({"https://example.org/a.png", dir.filePath("gone"), raw}));
+    EXPECT_FALSE(w.deliver<QDragEnterEvent>({"https://example.org/a.png"}));
 }

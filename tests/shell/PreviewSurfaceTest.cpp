@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QContextMenuEvent>
+#include <QLineF>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QWheelEvent>
@@ -14,8 +15,8 @@ using namespace torvex;
 namespace {
 
 // A surface of 400 x 300 set up as the window sets up its previews, showing a
-// 200 x 100 frame: fitted, it is drawn at 2 screen pixels per array pixel,
-// 50 pixels below the top.
+// 200 x 100 frame whose left half is 0 and right half 255: fitted, it is drawn
+// at 2 screen pixels per array pixel, 50 pixels below the top.
 class PreviewSurfaceTest : public testing::Test {
 protected:
     void SetUp() override
@@ -28,21 +29,18 @@ protected:
         surface.setBackground(Qt::blue);
         surface.show();
         QApplication::processEvents();
-        image->setImage(frame(100, 200));
-        QObject::connect(surface.scene(), &PreviewScene::sigMouseMoved, [this](QPointF pos) { moves.push_back(pos); });
+        showFrame(100, 200);
+        QObject::connect(surface.scene(), &PreviewScene::sigMouseMoved, [this](QPointF pos) { moved = pos; });
     }
 
-    // A frame whose left half is 0 and right half 255.
-    static NdArray frame(int64_t h, int64_t w)
+    void showFrame(int64_t h, int64_t w)
     {
         NdArray a = NdArray::zeros({h, w}, DType::UInt8);
-        for (int64_t y = 0; y < h; ++y)
-            std::fill_n(reinterpret_cast<uint8_t*>(a.mutableData()) + y * w + w / 2, w - w / 2, 255);
-        return a;
+        for (int64_t y = 0; y < h; ++y) std::fill_n(reinterpret_cast<uint8_t*>(a.mutableData()) + y * w + w / 2, w - w / 2, 255);
+        image->setImage(a);
     }
 
-    void mouse(QEvent::Type type, QPointF at, Qt::MouseButton button = Qt::NoButton,
-               Qt::MouseButtons held = Qt::NoButton)
+    void mouse(QEvent::Type type, QPointF at, Qt::MouseButton button = Qt::NoButton, Qt::MouseButtons held = {})
     {
         QMouseEvent event(type, at, surface.viewport()->mapToGlobal(at), button, held, Qt::NoModifier);
         QApplication::sendEvent(surface.viewport(), &event);
@@ -51,16 +49,26 @@ protected:
     // The array position under a point of the viewport, as the window's readout gets it.
     QPointF arrayPointAt(QPointF at)
     {
+        moved.reset();
         mouse(QEvent::MouseMove, at);
-        EXPECT_FALSE(moves.empty());
-        return moves.empty() ? QPointF() : plot->mapSceneToView(moves.back());
+        EXPECT_TRUE(moved) << "no move reported";
+        return plot->mapSceneToView(moved.value_or(QPointF()));
     }
 
     void wheel(QPointF at, int notches)
     {
-        QWheelEvent event(at, surface.viewport()->mapToGlobal(at), QPoint(), QPoint(0, 120 * notches),
-                          Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+        QWheelEvent event(at, surface.viewport()->mapToGlobal(at), QPoint(), QPoint(0, 120 * notches), Qt::NoButton,
+                          Qt::NoModifier, Qt::NoScrollPhase, false);
         QApplication::sendEvent(surface.viewport(), &event);
+    }
+
+    bool fitted() { return near(arrayPointAt({200, 150}), {100, 50}) && near(arrayPointAt({10, 60}), {5, 5}); }
+
+    static testing::AssertionResult near(QPointF a, QPointF b, double tolerance = 0.5)
+    {
+        return QLineF(a, b).length() <= tolerance ? testing::AssertionSuccess()
+                                                  : testing::AssertionFailure() << a.x() << ", " << a.y() << " is not "
+                                                                                << b.x() << ", " << b.y();
     }
 
     QRgb shownAt(int x, int y) { return surface.grab().toImage().pixel(x, y); }
@@ -68,83 +76,71 @@ protected:
     PreviewSurface surface;
     PreviewImageItem* image = new PreviewImageItem;
     PreviewPlot* plot = nullptr;
-    std::vector<QPointF> moves;
+    std::optional<QPointF> moved;
 };
-
-void expectNear(QPointF actual, QPointF expected, double tolerance)
-{
-    EXPECT_NEAR(actual.x(), expected.x(), tolerance);
-    EXPECT_NEAR(actual.y(), expected.y(), tolerance);
-}
 
 } // namespace
 
-TEST_F(PreviewSurfaceTest, ReadsTheArrayPixelUnderTheCursorAfterZoomAndPan)
+TEST_F(PreviewSurfaceTest, ReadsTheArrayPixelUnderTheCursorPansAndFitsFromItsMenu)
 {
-    // Moves without a button are reported too, which needs tracking on.
-    EXPECT_TRUE(surface.viewport()->hasMouseTracking());
-    const QRectF fitted = plot->sceneBoundingRect();
-    expectNear(fitted.topLeft(), {0, -25}, 0.5);
-    expectNear(fitted.bottomRight(), {200, 125}, 0.5);
-    expectNear(arrayPointAt({200, 150}), {100, 50}, 0.5);
-    expectNear(arrayPointAt({10, 60}), {5, 5}, 0.5);
-
-    // The wheel zooms about the cursor: the pixel under it stays there.
-    const QPointF anchor = arrayPointAt({100, 100});
-    wheel({100, 100}, 1);
-    expectNear(arrayPointAt({100, 100}), anchor, 0.5);
-    expectNear(arrayPointAt({340, 100}), anchor + QPointF(240 / 2.4, 0), 0.5);
+    EXPECT_TRUE(fitted());
+    EXPECT_EQ(plot->sceneBoundingRect(), QRectF(0, -25, 200, 150));
 
     // Dragging pans, even while the whole image is in view.
-    wheel({100, 100}, -3);
+    wheel({100, 100}, -2);
     const QPointF grabbed = arrayPointAt({150, 150});
     mouse(QEvent::MouseButtonPress, {150, 150}, Qt::LeftButton, Qt::LeftButton);
     mouse(QEvent::MouseMove, {190, 120}, Qt::NoButton, Qt::LeftButton);
-    mouse(QEvent::MouseButtonRelease, {190, 120}, Qt::LeftButton, Qt::NoButton);
-    expectNear(arrayPointAt({190, 120}), grabbed, 0.5);
-
-    EXPECT_TRUE(plot->sceneBoundingRect().contains(moves.back()));
-    EXPECT_FALSE(plot->sceneBoundingRect().contains(QPointF(1000, 100)));
+    mouse(QEvent::MouseButtonRelease, {190, 120}, Qt::LeftButton);
+    EXPECT_TRUE(near(arrayPointAt({190, 120}), grabbed));
+    EXPECT_TRUE(plot->sceneBoundingRect().contains(grabbed + QPointF(-100, 0)));
 
     // The context menu's one entry shows the whole image again.
-    QMenu* menu = plot->getMenu();
     QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(50, 50), surface.viewport()->mapToGlobal(QPoint(50, 50)));
     QApplication::sendEvent(surface.viewport(), &event);
+    QMenu* menu = plot->getMenu();
     EXPECT_TRUE(menu->isVisible());
     menu->hide();
     ASSERT_EQ(menu->actions().size(), 1);
     menu->actions().front()->trigger();
-    expectNear(arrayPointAt({200, 150}), {100, 50}, 0.5);
-    expectNear(arrayPointAt({10, 60}), {5, 5}, 0.5);
+    EXPECT_TRUE(fitted());
+}
+
+TEST_F(PreviewSurfaceTest, TheWheelZoomsAboutTheCursorWithinLimits)
+{
+    // Screen pixels per array pixel after each turn: 1.2 times per notch, from
+    // a twentieth of the fitted 2 up to 100.
+    for (const auto& [notches, scale] : {std::pair{1, 2.4}, {40, 100.0}, {-1, 100 / 1.2}, {-80, 0.1}}) {
+        const QPointF anchor = arrayPointAt({100, 100});
+        wheel({100, 100}, notches);
+        EXPECT_TRUE(near(arrayPointAt({100, 100}), anchor, 1 / scale)) << notches;
+        EXPECT_NEAR(arrayPointAt({340, 100}).x() - arrayPointAt({100, 100}).x(), 240 / scale, 1 / scale) << notches;
+    }
 }
 
 TEST_F(PreviewSurfaceTest, FramesOfOneSizeKeepTheZoomAndANewSizeFitsAgain)
 {
     wheel({100, 100}, 2);
     const QPointF zoomed = arrayPointAt({300, 200});
-    image->setImage(frame(100, 200));
-    expectNear(arrayPointAt({300, 200}), zoomed, 1e-9);
+    showFrame(100, 200);
+    EXPECT_TRUE(near(arrayPointAt({300, 200}), zoomed, 1e-9));
 
     // 50 x 50 fits the height: 6 screen pixels per array pixel, 50 pixels in.
-    image->setImage(frame(50, 50));
-    expectNear(arrayPointAt({53, 3}), {0.5, 0.5}, 0.5);
-    expectNear(arrayPointAt({347, 297}), {49.5, 49.5}, 0.5);
-
+    showFrame(50, 50);
+    EXPECT_TRUE(near(arrayPointAt({53, 3}), {0.5, 0.5}));
+    EXPECT_TRUE(near(arrayPointAt({347, 297}), {49.5, 49.5}));
     // Still fitted after the surface is resized, as the user hasn't zoomed.
     surface.resize(100, 300);
     QApplication::processEvents();
-    expectNear(arrayPointAt({50, 150}), {25, 25}, 0.5);
+    EXPECT_TRUE(near(arrayPointAt({50, 150}), {25, 25}));
 }
 
 TEST_F(PreviewSurfaceTest, ShowsSharpPixelsAndNothingAfterClear)
 {
     // 50 x 50 fitted at 6 screen pixels: the edge between the halves is at x = 200.
-    image->setImage(frame(50, 50));
-    EXPECT_EQ(image->boundingRect(), QRectF(0, 0, 50, 50));
+    showFrame(50, 50);
     EXPECT_EQ(shownAt(197, 150), qRgb(0, 0, 0));
     EXPECT_EQ(shownAt(202, 150), qRgb(255, 255, 255));
-
     image->clear();
-    EXPECT_TRUE(image->boundingRect().isEmpty());
     EXPECT_EQ(shownAt(202, 150), QColor(Qt::blue).rgb());
 }

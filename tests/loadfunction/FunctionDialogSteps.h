@@ -1,17 +1,16 @@
 #pragma once
 
-// The user's part in Generate Function's dialog and in the dialogs it opens.
+// The user's part in the window: the raw-volume panel, and Generate Function's
+// dialog and the dialogs it opens.
 #include "toolboxes/importData/ImportData.h"
+#include "toolboxes/importData/ImportDataForm.h"
 
 #include "../support/TempFiles.h"
 
-#include <QApplication>
 #include <QElapsedTimer>
 #include <QFileDialog>
-#include <QLineEdit>
 #include <QMessageBox>
 #include <QPointer>
-#include <QPushButton>
 #include <QTextEdit>
 #include <QTimer>
 
@@ -19,16 +18,31 @@
 
 namespace torvex::test {
 
+// Sets the raw-volume panel widget by widget, as a user would.
+inline void setVolumePanel(ImportData& w, const LoadFunctionParams& p)
+{
+    w.ui->comboBox_imgType->setCurrentText(p.imgType);
+    w.ui->spinBox_offset->setValue(p.offset);
+    w.ui->spinBox_gap->setValue(p.gap);
+    w.ui->spinBox_width->setValue(p.width);
+    w.ui->spinBox_height->setValue(p.height);
+    w.ui->spinBox_totalFrame->setValue(p.frame);
+    w.ui->checkBox_littleEndian->setChecked(p.littleEndian);
+    w.ui->comboBox_order->setCurrentText(p.readOrder);
+    w.ui->comboBox_colorOrder->setCurrentText(p.colorOrder);
+    w.ui->comboBox_permute->setCurrentText(p.permute);
+    w.ui->checkBox_hflip->setChecked(p.hflip);
+    w.ui->checkBox_vflip->setChecked(p.vflip);
+    w.ui->comboBox_out_format->setCurrentText(p.data_format);
+    w.ui->checkBox_keepc->setChecked(p.keep_c_on_gray);
+}
+
 // A modal dialog of the class named and what the user does there.
-struct Step {
-    const char* dialogClass;
-    std::function<void(QWidget*)> act;
-};
+struct Step { const char* dialogClass; std::function<void(QWidget*)> act; };
 
 // Runs Generate Function while the steps take the dialogs in order, each from
 // the event loop, so that it may open a dialog of its own. A dialog that no
-// step takes is noted and closed after a while, so that it fails the test
-// instead of hanging it; until then it may just be on its way out.
+// step takes (for a while: it may be on its way out) is noted and closed.
 inline void play(ImportData& w, const std::vector<Step>& steps)
 {
     std::deque<Step> pending(steps.begin(), steps.end());
@@ -83,7 +97,7 @@ inline Step saveAs(const QString& path, std::function<void()> before = {})
             }};
 }
 
-inline Step cancelSave() { return {"QFileDialog", [](QWidget* dialog) { static_cast<QDialog*>(dialog)->reject(); }}; }
+inline Step cancelSave() { return {"QFileDialog", [](QWidget* d) { static_cast<QDialog*>(d)->reject(); }}; }
 
 // Notes "title|text" of a message box and closes it, after `then`.
 inline Step messageBox(QStringList& noted, std::function<void()> then = {})
@@ -98,7 +112,7 @@ inline Step messageBox(QStringList& noted, std::function<void()> then = {})
 inline QByteArray contentOf(const QString& path)
 {
     QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : "<unreadable>";
 }
 
 } // namespace torvex::test

@@ -2,7 +2,7 @@
 // window itself makes of them: a raw file imported by a real window in every
 // image type, and folders of images stacked by the window's loader.
 #include "PythonProcess.h"
-#include "VolumePanel.h"
+#include "FunctionDialogSteps.h"
 #include "host/AppContext.h"
 #include "toolboxes/importData/loadfunction/ImageSequenceLoadFunction.h"
 #include "toolboxes/importData/volume/ImageTypes.h"
@@ -22,9 +22,8 @@
 namespace torvex {
 namespace {
 
-// Cases for check_against_saved_arrays.py, all run by one interpreter, as
-// starting one costs more than a case: a generated module, the input for it
-// and the array that the window made of that input.
+// Cases for check_against_saved_arrays.py, all run by one interpreter: a
+// generated module, its input and the array the window made of that input.
 struct SavedArrayCases {
     QTemporaryDir dir;
     QJsonArray cases;
@@ -43,16 +42,16 @@ struct SavedArrayCases {
     std::string failures()
     {
         test::writeFile(dir.filePath("cases.json"), QJsonDocument(cases).toJson());
-        const PythonRun run = runPython({loadFunctionTestDir() + "/check_against_saved_arrays.py", dir.filePath("cases.json")});
+        const QString checker = loadFunctionTestDir() + "/check_against_saved_arrays.py";
+        const PythonRun run = runPython({checker, dir.filePath("cases.json")});
         return run.exitCode == 0 ? "" : run.err.toStdString();
     }
 };
 
-// Five layouts per type: gap 0 and not, both byte and colour orders, each kind
-// of flip after a permutation, both output formats with and without the single
-// channel axis, and one frame, where the gap plays no part. Frames, rows and
-// columns differ in number, so that a swapped axis shows. Only row-major reads
-// agree with the window, but the bitmap is row-major under either read order.
+// Gap 0 and not, both byte and colour orders, each flip after a permutation,
+// both output formats with and without the single channel axis, and one frame,
+// where the gap plays no part; frames, rows and columns differ in number. Only
+// row-major reads agree with the window; the bitmap is row-major under either.
 std::vector<LoadFunctionParams> layoutsOf(const QString& type)
 {
     const QString columnMajorIfBitmap = type == "1-bit Bitmap" ? "F" : "C";
@@ -79,12 +78,11 @@ TEST(GeneratedLoadData, ReturnsWhatTheWindowImportsFromTheSameFileInEveryTypeAnd
     for (const ImageType& type : imageTypes()) {
         for (const LoadFunctionParams& p : layoutsOf(type.name)) {
             const QString label = QString("%1, layout %2").arg(type.name).arg(cases.cases.size() % 5);
-            // Random bytes, just as many as the layout needs: no gap behind the last frame.
+            // Random bytes, as many as the layout needs: no gap behind the last frame.
             const auto frameBytes = static_cast<qsizetype>(p.width * p.height * *bytesPerPixelOfName(p.imgType));
             QByteArray bytes(p.offset + (p.frame - 1) * (frameBytes + p.gap) + frameBytes, Qt::Uninitialized);
             for (char& b : bytes) b = static_cast<char>(random());
             const QString raw = test::writeFile(cases.dir.filePath(QString("%1.raw").arg(cases.cases.size())), bytes);
-            // What a user gets in the workspace after opening the file and setting the panel.
             w.openFile(raw);
             test::setVolumePanel(w, p);
             w.onImport();
@@ -93,7 +91,10 @@ TEST(GeneratedLoadData, ReturnsWhatTheWindowImportsFromTheSameFileInEveryTypeAnd
             const auto imported = entry ? workspace.find(entry->text()) : workspace.end();
             ASSERT_NE(imported, workspace.end()) << label.toStdString() << ": "
                                                  << w.ui->statusbar->currentMessage().toStdString();
-            cases.add(label, w._gen_function(p), "load_data", raw, imported->second);
+            // The text as the dialog shows it: every panel widget read into the right field.
+            QString shown;
+            test::play(w, {test::pressInFunctionDialog("OK", [&](QTextEdit* text) { shown = text->toPlainText(); })});
+            cases.add(label, shown, "load_data", raw, imported->second);
         }
     }
     EXPECT_EQ(cases.failures(), "");
@@ -104,18 +105,14 @@ TEST(GeneratedLoadData, ReturnsWhatTheWindowImportsFromTheSameFileInEveryTypeAnd
 TEST(GeneratedLoadImageSequence, ReturnsWhatTheWindowsLoaderStacks)
 {
     SavedArrayCases cases;
-    // Each size differs from the largest by an odd number somewhere, so that
-    // the odd row or column of padding shows on which side it goes.
+    // Each size differs from the largest by an odd number somewhere: the odd row or column of padding shows.
     test::runPython(R"(
 import os, sys
 import numpy as np
 from PIL import Image
-rng = np.random.default_rng(7)
-def pixels(*shape):
-    return rng.integers(0, 256, shape, dtype=np.uint8)
+pixels = lambda *shape: np.random.default_rng(sum(shape)).integers(0, 256, shape, dtype=np.uint8)
 mixed, gray = sys.argv[1:]
-os.makedirs(mixed)
-os.makedirs(gray)
+os.makedirs(mixed), os.makedirs(gray)
 Image.fromarray(pixels(3, 5)).save(f"{mixed}/a.png")
 Image.fromarray(pixels(6, 4, 3)).save(f"{mixed}/b.png")
 Image.fromarray(pixels(5, 7, 4)).save(f"{mixed}/c.png")
@@ -136,7 +133,7 @@ palette.save(f"{gray}/d.png")
         _ImageLoaderWorker loader(1, files);
         NdArray stack;
         QObject::connect(&loader, &_ImageLoaderWorker::finished, [&](int, const NdArray& s) { stack = s; });
-        QObject::connect(&loader, &_ImageLoaderWorker::error, [](int, QString error) { FAIL() << error.toStdString(); });
+        QObject::connect(&loader, &_ImageLoaderWorker::error, [](int, QString e) { FAIL() << e.toStdString(); });
         loader.run();
         // The loader keeps an all-gray sequence in one channel; the generated code always repeats it to three.
         cases.add(folder, imageSequenceLoadFunctionText(files, "*.png", false), "load_image_sequence", dir.path(),

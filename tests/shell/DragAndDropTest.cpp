@@ -7,8 +7,6 @@
 #include <QDropEvent>
 #include <QMimeData>
 
-#include <gtest/gtest.h>
-
 using namespace torvex;
 
 namespace {
@@ -18,7 +16,7 @@ namespace {
 struct DropTarget : ImportData {
     using ImportData::ImportData;
 
-    // Hands the paths (or URLs) to the handler of E; whether the window accepted them.
+    // Hands local paths (or other URLs) to the handler of E; whether the window accepted them.
     template <class E>
     bool deliver(const QStringList& paths)
     {
@@ -50,10 +48,10 @@ TEST_F(Drops, RouteByWhatIsDropped)
     // What is dropped; the mode it sets (0 a raw volume, 1 images); the source shown; the images listed.
     const struct { QStringList dropped; int mode; QString shown; QStringList listed; } rows[] = {
         {{raw}, 0, raw, {}},
-        {{png}, 1, dir.path(), {png}},                 // a capital extension is still an image
-        {{raw, other}, 1, dir.path(), {other, raw}},   // several files: images, sorted
-        {{folder, other}, 1, dir.path(), {other}},     // files win over folders
-        {{folder, dir.path()}, 1, folder, {}},         // the first folder only
+        {{png}, 1, dir.path(), {png}},               // a capital extension is still an image
+        {{raw, other}, 1, dir.path(), {other, raw}}, // several files: images, sorted
+        {{folder, other}, 1, dir.path(), {other}},   // files win over folders
+        {{folder, dir.path()}, 1, folder, {}},       // the first folder only
     };
     DropTarget w;
     for (const auto& row : rows) {

@@ -55,13 +55,14 @@ inline void play(ImportData& w, const std::vector<Step>& steps)
         if (modal != seen) since.start();
         seen = modal;
         if (!modal) return;
-        if (modal != actedOn && !pending.empty() && modal->metaObject()->className() == QString(pending[0].dialogClass)) {
+        const QString kind = modal->metaObject()->className();
+        if (modal != actedOn && !pending.empty() && kind == pending[0].dialogClass) {
             QTimer::singleShot(0, modal, [act = pending[0].act, modal] { act(modal); });
             pending.pop_front();
             actedOn = modal;
             since.start();
         } else if (since.elapsed() > 10000) { // generous: sanitizer builds open dialogs slowly
-            unexpected << modal->metaObject()->className() + QString(" ") + modal->windowTitle();
+            unexpected << kind + " " + modal->windowTitle();
             modal->close();
         }
     });
@@ -72,7 +73,7 @@ inline void play(ImportData& w, const std::vector<Step>& steps)
 }
 
 // In the dialog of the generated text: look at its text box, then press the button of that text.
-inline Step pressInFunctionDialog(const QString& button, std::function<void(QTextEdit*)> look = {})
+inline Step press(const QString& button, std::function<void(QTextEdit*)> look = {})
 {
     return {"QDialog", [=](QWidget* dialog) {
                 EXPECT_EQ(dialog->windowTitle(), "Generated Load Function");

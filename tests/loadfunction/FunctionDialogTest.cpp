@@ -43,9 +43,9 @@ TEST(FunctionDialog, SavingWritesTheGeneratedTextAsUtf8AndReplacesTheFileEachTim
         EXPECT_EQ(contentOf(target), generated.toUtf8());
         writeFile(target, QByteArray(10000, 'x'));
     };
-    play(w, {pressInFunctionDialog("Save to File", look), saveAs(target), messageBox(boxes, lengthen),
-             pressInFunctionDialog("Save to File"), saveAs(target), messageBox(boxes),
-             pressInFunctionDialog("Save to File"), cancelSave(), pressInFunctionDialog("OK")});
+    play(w, {press("Save to File", look), saveAs(target), messageBox(boxes, lengthen),
+             press("Save to File"), saveAs(target), messageBox(boxes),
+             press("Save to File"), cancelSave(), press("OK")});
     EXPECT_EQ(boxes, QStringList(2, "Success|Function saved successfully."));
     EXPECT_TRUE(generated.contains(QChar(0xD7)));
     EXPECT_EQ(contentOf(target), generated.toUtf8());

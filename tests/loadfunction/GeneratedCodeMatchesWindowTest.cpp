@@ -93,7 +93,7 @@ TEST(GeneratedLoadData, ReturnsWhatTheWindowImportsFromTheSameFileInEveryTypeAnd
                                                  << w.ui->statusbar->currentMessage().toStdString();
             // The text as the dialog shows it: every panel widget read into the right field.
             QString shown;
-            test::play(w, {test::pressInFunctionDialog("OK", [&](QTextEdit* text) { shown = text->toPlainText(); })});
+            test::play(w, {test::press("OK", [&](QTextEdit* text) { shown = text->toPlainText(); })});
             cases.add(label, shown, "load_data", raw, imported->second);
         }
     }

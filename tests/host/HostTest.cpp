@@ -28,22 +28,18 @@ TEST(Host, ImportedVariablesShowInThePanelAndSaveForNumPy)
     tool->ui->spinBox_totalFrame->setValue(3);
     tool->ui->checkBox_vflip->setChecked(true);
     tool->onImport();
-
     QTableWidget* table = host.workspacePanel()->table();
     ASSERT_EQ(table->rowCount(), 1);
-    EXPECT_EQ(table->item(0, 0)->text(), "cdata");
-    EXPECT_EQ(table->item(0, 1)->text(), "(3, 4, 5)");
-    EXPECT_EQ(table->item(0, 2)->text(), "uint16");
+    EXPECT_EQ(QStringList({table->item(0, 0)->text(), table->item(0, 1)->text(), table->item(0, 2)->text()}),
+              QStringList({"cdata", "(3, 4, 5)", "uint16"}));
 
-    const QString npy = dir.filePath("cdata.npy");
-    EXPECT_EQ(host.workspacePanel()->saveRow(0, npy), "");
     // NumPy reads what the window showed: rows of each frame upside down.
-    const QString out = test::runPython(
-        "import numpy, sys\n"
-        "a = numpy.load(sys.argv[1])\n"
-        "raw = numpy.fromfile(sys.argv[2], dtype='<u2').reshape(3, 4, 5)[:, ::-1, :]\n"
-        "print(a.shape, a.dtype, bool((a == raw).all()))",
-        {npy, raw});
-    EXPECT_EQ(out, "(3, 4, 5) uint16 True");
+    EXPECT_EQ(host.workspacePanel()->saveRow(0, dir.filePath("cdata.npy")), "");
+    EXPECT_EQ(test::runPython("import numpy, sys\n"
+                              "a = numpy.load(sys.argv[1])\n"
+                              "raw = numpy.fromfile(sys.argv[2], dtype='<u2').reshape(3, 4, 5)[:, ::-1, :]\n"
+                              "print(a.shape, a.dtype, bool((a == raw).all()))",
+                              {dir.filePath("cdata.npy"), raw}),
+              "(3, 4, 5) uint16 True");
     EXPECT_NE(host.workspacePanel()->saveRow(0, dir.filePath("missing/x.npy")), "");
 }

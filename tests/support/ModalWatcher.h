@@ -2,25 +2,22 @@
 
 #include <QApplication>
 #include <QMessageBox>
-#include <QStringList>
 #include <QTimer>
 
 namespace torvex::test {
 
-// Closes every modal dialog that opens while it lives and keeps the texts of
-// the message boxes, so a test can run code that reports through one.
+// Closes every modal dialog that opens while it lives and keeps "title|text"
+// of the message boxes, so that a test can run code that reports through one.
 class ModalWatcher {
 public:
     ModalWatcher()
     {
-        timer_.setInterval(20);
         QObject::connect(&timer_, &QTimer::timeout, [this] {
             QWidget* modal = QApplication::activeModalWidget();
-            if (!modal) return;
             if (auto* box = qobject_cast<QMessageBox*>(modal)) texts << box->windowTitle() + "|" + box->text();
-            modal->close();
+            if (modal) modal->close();
         });
-        timer_.start();
+        timer_.start(20);
     }
 
     QStringList texts;

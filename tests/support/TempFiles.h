@@ -1,13 +1,13 @@
 #pragma once
 
-#include <QByteArray>
 #include <QFile>
 #include <QProcess>
-#include <QString>
-#include <QStringList>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+// Texts in failure messages as text, not as bytes.
+inline void PrintTo(const QString& text, std::ostream* out) { *out << '"' << text.toStdString() << '"'; }
 
 namespace torvex::test {
 
@@ -27,8 +27,7 @@ inline QString runPython(const QString& code, const QStringList& args = {})
     QProcess python;
     python.start("/usr/bin/python3", QStringList{"-c", code} + args);
     EXPECT_TRUE(python.waitForFinished(120000));
-    const QString err = QString::fromUtf8(python.readAllStandardError());
-    EXPECT_EQ(python.exitCode(), 0) << err.toStdString();
+    EXPECT_EQ(python.exitCode(), 0) << python.readAllStandardError().toStdString();
     return QString::fromUtf8(python.readAllStandardOutput()).trimmed();
 }
 

@@ -3,7 +3,6 @@
 #include "toolboxes/importData/ImportData.h"
 #include "toolboxes/importData/loadfunction/ImageSequenceLoadFunction.h"
 
-#include "../support/QtPrinters.h"
 #include "../support/TempFiles.h"
 #include "../support/WaitUntil.h"
 

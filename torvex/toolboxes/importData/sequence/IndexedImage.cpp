@@ -48,6 +48,13 @@ bool readPngHeader(PngReader& reader, FILE* file)
         std::snprintf(reader.error, sizeof reader.error, "image has no palette indices");
         return false;
     }
+    // Before the reader allocates its rows.
+    const uint64_t pixels =
+        uint64_t(png_get_image_width(reader.png, reader.info)) * png_get_image_height(reader.png, reader.info);
+    if (pixels > uint64_t(kMaxDecodedImageMegabytes) << 20) {
+        std::snprintf(reader.error, sizeof reader.error, "image is too large");
+        return false;
+    }
     // One byte per index, whatever the stored depth; no expansion to colours.
     png_set_packing(reader.png);
     png_set_interlace_handling(reader.png);
@@ -72,13 +79,12 @@ IndexedImage readPngIndices(const QString& path)
     reader.png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &reader, onPngError, ignorePngWarning);
     if (reader.png) reader.info = png_create_info_struct(reader.png);
     if (!reader.info) throw std::runtime_error("out of memory");
-    // The size is checked below, against the limit of every decoder here.
+    // The size is checked against the limit of every decoder here instead.
     png_set_user_limits(reader.png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
     if (!readPngHeader(reader, file.get())) throw std::runtime_error(reader.error);
 
     const int64_t width = png_get_image_width(reader.png, reader.info);
     const int64_t height = png_get_image_height(reader.png, reader.info);
-    if (width * height > int64_t(kMaxDecodedImageMegabytes) << 20) throw std::runtime_error("image is too large");
     NdArray indices = NdArray::empty({height, width}, DType::UInt8);
     std::vector<png_bytep> rows(static_cast<size_t>(height));
     for (int64_t y = 0; y < height; ++y) rows[y] = reinterpret_cast<png_bytep>(indices.mutableData()) + y * width;

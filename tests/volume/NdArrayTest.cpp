@@ -98,8 +98,8 @@ TEST(NdArray, SaveNpyWritesWhatNumPyReadsBack)
     // A flipped, transposed view of little-endian half floats read straight from bytes.
     QByteArray bytes;
     for (int i = 0; i < 6; ++i) {
-        const Float16 h = Float16::fromFloat(static_cast<float>(i) / 4);
-        bytes.append(static_cast<char>(h.bits & 0xff)).append(static_cast<char>(h.bits >> 8));
+        const Float16 h(static_cast<float>(i) / 4);
+        bytes.append(static_cast<char>(h.bits() & 0xff)).append(static_cast<char>(h.bits() >> 8));
     }
     const NdArray view =
         NdArray::wrap(bytes, 0, 12, DType::Float16, ByteOrder::Little).reshape({2, 3}).transpose({1, 0}).flip(0);

@@ -2,115 +2,112 @@
 
 #include <QFile>
 
-#include <map>
+#include <tiffio.h>
+
+#include <cstdarg>
+#include <cstdio>
+#include <memory>
 #include <stdexcept>
+#include <string>
 #include <vector>
 
 namespace torvex {
 
 namespace {
 
-[[noreturn]] void fail(const std::string& text) { throw std::runtime_error("TIFF: " + text); }
-
-enum Tag : uint16_t {
-    ImageWidth = 256, ImageLength = 257, BitsPerSample = 258, Compression = 259, Photometric = 262,
-    FillOrder = 266, StripOffsets = 273, SamplesPerPixel = 277, RowsPerStrip = 278, TileWidth = 322,
+// The first error of one file. The handlers belong to that file alone, so
+// they neither print nor touch the handlers of the general decoder, which
+// reads TIFF through the same library.
+struct Errors {
+    std::string first;
 };
 
-class TiffFile {
-public:
-    explicit TiffFile(const QString& path) : file_(path)
-    {
-        if (!file_.open(QIODevice::ReadOnly)) fail(file_.errorString().toStdString());
+int keepError(TIFF*, void* user, const char* module, const char* format, va_list args)
+{
+    auto* errors = static_cast<Errors*>(user);
+    if (errors->first.empty()) {
+        char text[512];
+        std::vsnprintf(text, sizeof text, format, args);
+        errors->first = module ? std::string(module) + ": " + text : text;
     }
+    return 1; // handled: the library's global handler stays quiet
+}
 
-    QByteArray at(int64_t offset, int64_t count)
-    {
-        if (offset < 0 || !file_.seek(offset)) fail("offset outside the file");
-        QByteArray out = file_.read(count);
-        if (out.size() != count) fail("file is truncated");
-        return out;
-    }
-    uint32_t number(const QByteArray& bytes, int offset, int size) const
-    {
-        uint32_t value = 0;
-        for (int i = 0; i < size; ++i) {
-            const uint32_t b = static_cast<uchar>(bytes[offset + i]);
-            value |= littleEndian_ ? b << (8 * i) : b << (8 * (size - 1 - i));
-        }
-        return value;
-    }
+int ignoreWarning(TIFF*, void*, const char*, const char*, va_list) { return 1; }
 
-    // The first directory's tags with their values, as long as they are
-    // BYTE, SHORT or LONG; none for a file that is not classic TIFF.
-    std::optional<std::map<uint16_t, std::vector<uint32_t>>> firstDirectory()
-    {
-        const QByteArray header = at(0, 8);
-        if (header.startsWith(QByteArray("II*\0", 4))) littleEndian_ = true;
-        else if (!header.startsWith(QByteArray("MM\0*", 4))) return std::nullopt;
-        const uint32_t directory = number(header, 4, 4);
-        const int entries = static_cast<int>(number(at(directory, 2), 0, 2));
-        const QByteArray table = at(directory + 2, int64_t(entries) * 12);
-        std::map<uint16_t, std::vector<uint32_t>> tags;
-        for (int e = 0; e < entries; ++e) {
-            const int base = e * 12;
-            const auto tag = static_cast<uint16_t>(number(table, base, 2));
-            const uint32_t type = number(table, base + 2, 2), count = number(table, base + 4, 4);
-            const int size = type == 1 ? 1 : type == 3 ? 2 : type == 4 ? 4 : 0;
-            if (size == 0 || count == 0 || count > (1u << 24)) continue;
-            const QByteArray values = int64_t(count) * size <= 4 ? table.mid(base + 8, 4)
-                                                                  : at(number(table, base + 8, 4), int64_t(count) * size);
-            std::vector<uint32_t>& out = tags[tag];
-            for (uint32_t i = 0; i < count; ++i) out.push_back(number(values, static_cast<int>(i) * size, size));
-        }
-        return tags;
-    }
-
-private:
-    QFile file_;
-    bool littleEndian_ = false;
+struct CloseTiff {
+    void operator()(TIFF* tiff) const { TIFFClose(tiff); }
 };
+
+[[noreturn]] void fail(const Errors& errors, const char* fallback)
+{
+    throw std::runtime_error("TIFF: " + (errors.first.empty() ? std::string(fallback) : errors.first));
+}
 
 } // namespace
 
 std::optional<DecodedImage> readTiffLowDepth(const QString& path)
 {
-    TiffFile tiff(path);
-    const auto tags = tiff.firstDirectory();
-    if (!tags) return std::nullopt;
-    const auto value = [&](Tag tag, uint32_t fallback) {
-        const auto it = tags->find(tag);
-        return it == tags->end() ? fallback : it->second.front();
-    };
-    const uint32_t bits = value(BitsPerSample, 1), photometric = value(Photometric, 99);
-    const bool palette = photometric == 3 && (bits == 1 || bits == 2 || bits == 4 || bits == 8);
-    const bool bilevel = (photometric == 0 || photometric == 1) && bits == 1;
-    if (!(palette || bilevel) || value(Compression, 1) != 1 || value(SamplesPerPixel, 1) != 1
-        || value(FillOrder, 1) != 1 || tags->count(TileWidth) || !tags->count(StripOffsets))
-        return std::nullopt;
+    Errors errors;
+    const std::unique_ptr<TIFFOpenOptions, decltype(&TIFFOpenOptionsFree)> options(TIFFOpenOptionsAlloc(),
+                                                                                  &TIFFOpenOptionsFree);
+    TIFFOpenOptionsSetErrorHandlerExtR(options.get(), keepError, &errors);
+    TIFFOpenOptionsSetWarningHandlerExtR(options.get(), ignoreWarning, nullptr);
+    TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), tmsize_t(kMaxDecodedImageMegabytes) << 20);
+    // "m": no memory mapping, so a file that shrinks under us is a read error, not a crash.
+    const std::unique_ptr<TIFF, CloseTiff> tiff(TIFFOpenExt(QFile::encodeName(path).constData(), "rm", options.get()));
+    if (!tiff) fail(errors, "cannot open file");
 
-    const int64_t width = value(ImageWidth, 0), height = value(ImageLength, 0);
-    if (width == 0 || height == 0) fail("empty image");
-    if (width * height > int64_t(kMaxDecodedImageMegabytes) << 20) fail("image is too large");
-    const int64_t rowBytes = (width * bits + 7) / 8;
-    const int64_t rowsPerStrip = std::min<int64_t>(value(RowsPerStrip, UINT32_MAX), height);
-    const std::vector<uint32_t>& strips = tags->at(StripOffsets);
-    if (int64_t(strips.size()) < (height + rowsPerStrip - 1) / rowsPerStrip) fail("strips missing");
+    uint16_t bits = 0, photometric = 0, samples = 0;
+    TIFFGetFieldDefaulted(tiff.get(), TIFFTAG_BITSPERSAMPLE, &bits);
+    TIFFGetFieldDefaulted(tiff.get(), TIFFTAG_SAMPLESPERPIXEL, &samples);
+    if (!TIFFGetField(tiff.get(), TIFFTAG_PHOTOMETRIC, &photometric)) return std::nullopt;
+    const bool palette = photometric == PHOTOMETRIC_PALETTE && (bits == 1 || bits == 2 || bits == 4 || bits == 8);
+    const bool bilevel = (photometric == PHOTOMETRIC_MINISWHITE || photometric == PHOTOMETRIC_MINISBLACK) && bits == 1;
+    if (!(palette || bilevel) || samples != 1) return std::nullopt;
+
+    uint32_t width = 0, height = 0;
+    TIFFGetField(tiff.get(), TIFFTAG_IMAGEWIDTH, &width);
+    TIFFGetField(tiff.get(), TIFFTAG_IMAGELENGTH, &height);
+    if (width == 0 || height == 0) throw std::runtime_error("TIFF: empty image");
+    if (int64_t(width) * height > int64_t(kMaxDecodedImageMegabytes) << 20)
+        throw std::runtime_error("TIFF: image is too large");
 
     NdArray pixels = NdArray::empty({height, width}, DType::UInt8);
     auto* out = reinterpret_cast<uint8_t*>(pixels.mutableData());
     const uint32_t mask = (1u << bits) - 1;
     // White is 1 in a bilevel image; WhiteIsZero files store it as 0.
-    const uint32_t flip = bilevel && photometric == 0 ? 1 : 0;
-    for (int64_t first = 0, s = 0; first < height; first += rowsPerStrip, ++s) {
-        const int64_t rows = std::min(rowsPerStrip, height - first);
-        const QByteArray strip = tiff.at(strips[s], rows * rowBytes);
-        const auto* in = reinterpret_cast<const uchar*>(strip.constData());
-        for (int64_t r = 0; r < rows; ++r, in += rowBytes)
-            for (int64_t x = 0; x < width; ++x) {
-                const int64_t bit = x * bits;
-                *out++ = static_cast<uint8_t>(((in[bit / 8] >> (8 - bits - bit % 8)) & mask) ^ flip);
+    const uint8_t flip = bilevel && photometric == PHOTOMETRIC_MINISWHITE ? 1 : 0;
+    // `count` values of one stored row, from its first byte on, to (y, x0) on.
+    const auto unpack = [&](const uint8_t* in, uint32_t y, uint32_t x0, uint32_t count) {
+        uint8_t* to = out + int64_t(y) * width + x0;
+        for (uint32_t x = 0; x < count; ++x) {
+            const uint64_t bit = uint64_t(x) * bits;
+            to[x] = static_cast<uint8_t>(((in[bit / 8] >> (8 - bits - bit % 8)) & mask) ^ flip);
+        }
+    };
+
+    if (TIFFIsTiled(tiff.get())) {
+        uint32_t tileWidth = 0, tileHeight = 0;
+        TIFFGetField(tiff.get(), TIFFTAG_TILEWIDTH, &tileWidth);
+        TIFFGetField(tiff.get(), TIFFTAG_TILELENGTH, &tileHeight);
+        const tmsize_t tileBytes = TIFFTileSize(tiff.get()), rowBytes = TIFFTileRowSize(tiff.get());
+        if (tileWidth == 0 || tileHeight == 0 || tileBytes <= 0 || rowBytes <= 0) fail(errors, "bad tiles");
+        std::vector<uint8_t> tile(static_cast<size_t>(tileBytes));
+        for (uint32_t ty = 0; ty < height; ty += tileHeight)
+            for (uint32_t tx = 0; tx < width; tx += tileWidth) {
+                if (TIFFReadTile(tiff.get(), tile.data(), tx, ty, 0, 0) < 0) fail(errors, "tile unreadable");
+                for (uint32_t r = 0; r < tileHeight && ty + r < height; ++r)
+                    unpack(tile.data() + r * rowBytes, ty + r, tx, std::min(tileWidth, width - tx));
             }
+    } else {
+        const tmsize_t rowBytes = TIFFScanlineSize(tiff.get());
+        if (rowBytes <= 0) fail(errors, "bad rows");
+        std::vector<uint8_t> row(static_cast<size_t>(rowBytes));
+        for (uint32_t y = 0; y < height; ++y) {
+            if (TIFFReadScanline(tiff.get(), row.data(), y) < 0) fail(errors, "row unreadable");
+            unpack(row.data(), y, 0, width);
+        }
     }
     return DecodedImage{pixels, bilevel};
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Imath/half.h>
+
 #include <bit>
 #include <cstdint>
 #include <cstring>
@@ -17,13 +19,9 @@ int itemSize(DType dtype) noexcept;
 // NumPy's name of the type: "uint8", "float16", ...
 std::string dtypeName(DType dtype);
 
-// IEEE 754 binary16, stored as its bits; converts to float exactly.
-struct Float16 {
-    uint16_t bits = 0;
-    float toFloat() const noexcept;
-    static Float16 fromFloat(float value) noexcept;
-    operator float() const noexcept { return toFloat(); }
-};
+// IEEE 754 binary16: converts to float exactly, and from float with
+// round-to-nearest-even (NumPy's astype), NaN payloads kept.
+using Float16 = Imath::half;
 
 // The C++ type behind each DType, for dispatch with visitDType.
 template <DType D> struct DTypeTraits;

@@ -2,14 +2,14 @@
 
 #include <QThread>
 #include <QThreadPool>
+#include <QtConcurrent/QtConcurrentMap>
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <cmath>
 #include <cstring>
 #include <limits>
-#include <memory>
+#include <numeric>
 #include <type_traits>
 #include <vector>
 
@@ -192,45 +192,31 @@ constexpr int64_t parallelMinimum = int64_t{1} << 18;
 
 int64_t chunksFor(int64_t elements) { return elements < parallelMinimum ? 1 : chunksPerFrame; }
 
-// Helpers of their own, so that chunks never queue behind other work; the
-// calling thread is the last core.
+// Helpers of their own, so that chunks never queue behind other work. One per
+// core: the calling thread only waits, as QtConcurrent's blocking calls run
+// their work on the pool.
 struct HelperPool : QThreadPool {
-    HelperPool() { setMaxThreadCount(std::max(1, QThread::idealThreadCount() - 1)); }
+    HelperPool() { setMaxThreadCount(QThread::idealThreadCount()); }
 };
 
-QThreadPool& helpers()
+QThreadPool* helpers()
 {
     static HelperPool pool;
-    return pool;
+    return &pool;
 }
 
 // Runs work(chunk) for chunks 0..count-1 on the calling thread and the
-// helpers. Chunks are claimed one at a time, so a helper that the system starts
-// late (the cores are shared) holds nothing up: the caller takes what is left
-// and waits only for chunks a helper has begun.
+// helpers. Chunks are claimed as threads come free, so a helper that the
+// system starts late (the cores are shared) holds nothing up.
 template <class Work> void runInChunks(int64_t count, Work&& work)
 {
     if (count == 1) {
         work(0);
         return;
     }
-    struct Progress {
-        std::atomic<int64_t> next{0}, done{0};
-    };
-    auto progress = std::make_shared<Progress>();
-    // A helper touches `work` only after claiming a chunk, which it cannot
-    // once the caller has returned.
-    const auto drain = [progress, count, &work] {
-        for (int64_t chunk = progress->next++; chunk < count; chunk = progress->next++) {
-            work(chunk);
-            progress->done.fetch_add(1, std::memory_order_release);
-            progress->done.notify_all();
-        }
-    };
-    for (int i = 0; i < helpers().maxThreadCount(); ++i) helpers().start(drain);
-    drain();
-    for (int64_t done; (done = progress->done.load(std::memory_order_acquire)) < count;)
-        progress->done.wait(done, std::memory_order_acquire);
+    std::vector<int64_t> chunks(static_cast<size_t>(count));
+    std::iota(chunks.begin(), chunks.end(), 0);
+    QtConcurrent::blockingMap(helpers(), chunks, [&work](int64_t chunk) { work(chunk); });
 }
 
 // ---------------------------------------------------------------- range

@@ -45,9 +45,9 @@ template <class V> V reversed(V v)
 template <class To, class From> To convertValue(From from)
 {
     if constexpr (std::is_same_v<To, Float16>) {
-        return Float16::fromFloat(static_cast<float>(from));
+        return Float16(static_cast<float>(from));
     } else if constexpr (std::is_same_v<From, Float16>) {
-        return convertValue<To>(from.toFloat());
+        return convertValue<To>(static_cast<float>(from));
     } else if constexpr (std::is_integral_v<To> && std::is_floating_point_v<From>) {
         if (std::isnan(from)) return To{0};
         if (from <= static_cast<From>(std::numeric_limits<To>::min())) return std::numeric_limits<To>::min();
@@ -101,14 +101,14 @@ template <class T> std::string shortestFloatText(T value)
 
 std::string shortestHalfText(Float16 value)
 {
-    const float f = value.toFloat();
+    const float f = value;
     if (std::isnan(f) || std::isinf(f)) return shortestFloatText(f);
     // The fewest significant digits that read back as the same half.
     for (int precision = 0; precision < 8; ++precision) {
         char buf[64];
         auto r = std::to_chars(buf, buf + sizeof buf, f, std::chars_format::scientific, precision);
         const std::string text(buf, r.ptr);
-        if (Float16::fromFloat(std::strtof(text.c_str(), nullptr)).bits == value.bits)
+        if (Float16(std::strtof(text.c_str(), nullptr)).bits() == value.bits())
             return floatTextFromScientific(text);
     }
     return shortestFloatText(f);

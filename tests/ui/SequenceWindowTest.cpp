@@ -72,9 +72,19 @@ TEST_F(SequenceWindow, AFolderLoadsFilteredAndStackedWhileTheFilterIsLocked)
     EXPECT_TRUE(test::waitUntil([&] { return status(w).startsWith("Error loading images: "); }));
     EXPECT_FALSE(w.imageSequence);
 
+    // An image that fits no stack is named with what is wrong with it.
+    QTemporaryDir grayAlpha;
+    test::runPython("import sys\nfrom PIL import Image\nImage.new('LA', (3, 2)).save(sys.argv[1] + '/ga.png')\n",
+                    {grayAlpha.path()});
+    w.ui->lineEdit_filter->setText(".*");
+    w.openFile(grayAlpha.path());
+    EXPECT_TRUE(test::waitUntil([&] { return !w.session().load.running(); }));
+    EXPECT_EQ(status(w), "Error loading images: ga.png has 2 channels (gray and alpha), but the frames of this "
+                         "sequence have 3");
+
     // Opening a raw file cancels a load and frees the controls at once.
     QTemporaryDir rawDir;
-    filter(w, ".*");
+    w.openFile(folder->path());
     w.openFile(test::writeFile(rawDir.filePath("v.raw"), QByteArray(64, '\x07')));
     EXPECT_TRUE(w.ui->lineEdit_filter->isEnabled());
     EXPECT_FALSE(w.imageSequence);

@@ -26,11 +26,8 @@ NdArray FrameStack::decodeTarget(int64_t index, const Shape& shape, DType dtype)
     return NdArray::empty(shape, dtype);
 }
 
-void FrameStack::place(int64_t index, const NdArray& frame, const Shape& frameShape)
+NdArray FrameStack::slot(int64_t index, const Shape& frameShape)
 {
-    if (frame.shape() != frameShape || frame.dtype() != DType::UInt8)
-        throw std::runtime_error("all input arrays must have the same shape: " + shapeText(frameShape) + " and "
-                                 + shapeText(frame.shape()));
     if (!stack_) {
         // No decoding runs any more, so the slab is read without the lock.
         const bool slabFits = slab_ && slab_->ndim() > 1 && slab_->index(0).shape() == frameShape;
@@ -42,9 +39,17 @@ void FrameStack::place(int64_t index, const NdArray& frame, const Shape& frameSh
         }
         slab_.reset();
     }
-    NdArray slot = stack_->index(index);
-    if (frame.data() == slot.data()) return; // decoded in place
-    std::byte* out = slot.mutableData();
+    return stack_->index(index);
+}
+
+void FrameStack::place(int64_t index, const NdArray& frame, const Shape& frameShape)
+{
+    if (frame.shape() != frameShape || frame.dtype() != DType::UInt8)
+        throw std::runtime_error("all input arrays must have the same shape: " + shapeText(frameShape) + " and "
+                                 + shapeText(frame.shape()));
+    NdArray target = slot(index, frameShape);
+    if (frame.data() == target.data()) return; // decoded or drawn in place
+    std::byte* out = target.mutableData();
     if (frame.is_contiguous()) std::copy_n(frame.data(), frame.nbytes(), out);
     else frame.forEach([&](const std::byte* p) { *out++ = *p; });
 }

@@ -20,9 +20,12 @@ public:
     // Safe to call from several threads.
     NdArray decodeTarget(int64_t index, const Shape& shape, DType dtype);
 
+    // The stack's own slot for frame `index`, the stack's frames having
+    // `frameShape`: what is drawn there needs no copy.
+    NdArray slot(int64_t index, const Shape& frameShape);
     // Puts frame `index` into the stack, whose frames have `frameShape`;
-    // nothing is copied when the frame was decoded into its slot. Throws
-    // std::runtime_error when the frame has another shape.
+    // nothing is copied when the frame was decoded or drawn into its slot.
+    // Throws std::runtime_error when the frame has another shape.
     void place(int64_t index, const NdArray& frame, const Shape& frameShape);
 
     // The stack; throws std::runtime_error for a sequence without frames.

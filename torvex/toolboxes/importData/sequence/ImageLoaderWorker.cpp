@@ -6,6 +6,7 @@
 #include "Normalise8Bit.h"
 #include "OrderedParallelDecoder.h"
 #include "PlaceholderFrame.h"
+#include "PythonPath.h"
 #include "StillImageDecoder.h"
 
 #include <QCoreApplication>
@@ -20,6 +21,17 @@ namespace {
 
 // One entry per path: its uint8 image, or the path itself when it did not decode.
 using RawEntry = std::variant<NdArray, QString>;
+
+// Only an image of another channel count than 1, 3 or 4 misses its frame's shape.
+std::string channelMismatch(const QString& path, const NdArray& frame)
+{
+    const int64_t channels = frame.ndim() == 3 ? frame.extent(2) : 1;
+    return QString("%1 has %2 channels%3, but the frames of this sequence have 3")
+        .arg(pythonBasename(path))
+        .arg(channels)
+        .arg(channels == 2 ? " (gray and alpha)" : "")
+        .toStdString();
+}
 
 } // namespace
 
@@ -90,16 +102,19 @@ void _ImageLoaderWorker::run()
         const Shape frameShape = target_channels == 1 ? Shape{maxH, maxW} : Shape{maxH, maxW, 3};
 
         // Second pass: one frame per entry, placed in the stack at once; each
-        // raw image is released as its frame is placed.
+        // raw image is released as its frame is placed, and placeholders are
+        // drawn in their slots, so no frame costs more than its place.
         for (int idx = 0; idx < total; ++idx) {
             if (_cancelled) return;
             RawEntry& entry = raw[idx];
+            const auto inSlot = [&](const Shape&) { return stack.slot(idx, frameShape); };
             NdArray frame = std::holds_alternative<QString>(entry)
-                                ? renderPlaceholderFrame(std::get<QString>(entry), maxW, maxH, target_channels)
+                                ? renderPlaceholderFrame(std::get<QString>(entry), maxW, maxH, target_channels, inSlot)
                                 : std::move(std::get<NdArray>(entry));
             entry = QString();
-            frame = unifyChannels(frame, target_channels);
-            stack.place(idx, padToCentre(frame, maxH, maxW), frameShape);
+            frame = padToCentre(unifyChannels(frame, target_channels), maxH, maxW);
+            if (frame.shape() != frameShape) throw std::runtime_error(channelMismatch(_filtered_list[idx], frame));
+            stack.place(idx, frame, frameShape);
         }
 
         if (_cancelled) return;

@@ -65,10 +65,10 @@ QString firstChars(const QString& text, int count)
 
 } // namespace
 
-NdArray renderPlaceholderFrame(const QString& path, int64_t width, int64_t height, int channels)
+NdArray renderPlaceholderFrame(const QString& path, int64_t width, int64_t height, int channels,
+                               const std::function<NdArray(const Shape&)>& makeCanvas)
 {
-    const Shape shape = channels == 1 ? Shape{height, width} : Shape{height, width, 3};
-    NdArray canvas = NdArray::empty(shape, DType::UInt8);
+    NdArray canvas = makeCanvas(channels == 1 ? Shape{height, width} : Shape{height, width, 3});
     // Painting straight into the array's storage saves copying the frame.
     QImage image(reinterpret_cast<uchar*>(canvas.mutableData()), static_cast<int>(width), static_cast<int>(height),
                  static_cast<qsizetype>(width) * (channels == 1 ? 1 : 3),

@@ -6,7 +6,7 @@ set -euo pipefail
 packages=(
   build-essential cmake ninja-build pkg-config
   qt6-base-dev qt6-base-dev-tools libgl-dev libxkbcommon-dev
-  libopenimageio-dev openimageio-tools libimath-dev libgif-dev libtiff-dev libpng-dev
+  libopenimageio-dev openimageio-tools libimath-dev libgif-dev libtiff-dev libpng-dev libdeflate-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   clang libclang-rt-14-dev llvm
   xvfb xauth x11-apps fonts-dejavu-core

@@ -2,6 +2,7 @@
 
 #include "GifIndices.h"
 #include "IndexedImage.h"
+#include "PlainPng.h"
 #include "StoredColour.h"
 #include "TiffLowDepth.h"
 
@@ -125,16 +126,11 @@ OIIO::ImageInput::unique_ptr openImage(const std::string& file, bool rawColour)
     return input;
 }
 
-// A damaged header can claim an image no file of its length holds, and the
-// reader would allocate for it before finding out. The best compression of
-// still-image formats stays near 1000:1; past a floor that any ordinary image
-// fits in, more than 4096 decoded bytes per stored byte is refused up front.
 void checkClaimedSize(const OIIO::ImageSpec& header, uintmax_t fileBytes)
 {
-    const double claimed = double(header.width) * double(header.height) * double(std::max(header.depth, 1)) *
-                           double(header.nchannels) * double(header.format.size());
-    const double plausible = 64.0 * 1024 * 1024 + 4096.0 * double(fileBytes);
-    if (!(claimed <= plausible)) fail("the header claims a larger image than the file can hold");
+    checkPlausibleSize(double(header.width) * double(header.height) * double(std::max(header.depth, 1)) *
+                           double(header.nchannels) * double(header.format.size()),
+                       double(fileBytes));
 }
 
 DecodedImage decodeStoredImage(const QString& path, const PixelAllocator& allocate)
@@ -143,6 +139,8 @@ DecodedImage decodeStoredImage(const QString& path, const PixelAllocator& alloca
     // A pipe or device would block the reader or never end.
     std::error_code ec;
     if (!std::filesystem::is_regular_file(file, ec)) fail("not a regular file");
+    if (QFile in(path); in.open(QIODevice::ReadOnly) && in.peek(8) == QByteArray("\x89PNG\r\n\x1a\n", 8))
+        if (std::optional<NdArray> plain = decodePlainPng(in.readAll(), allocate)) return {*plain, false};
 
     auto input = openImage(file, false);
     checkClaimedSize(input->spec(), std::filesystem::file_size(file, ec));
@@ -165,6 +163,16 @@ DecodedImage decodeStoredImage(const QString& path, const PixelAllocator& alloca
 }
 
 } // namespace
+
+// A damaged header can claim an image no file of its length holds, and the
+// reader would allocate for it before finding out. The best compression of
+// still-image formats stays near 1000:1; past a floor that any ordinary image
+// fits in, more than 4096 decoded bytes per stored byte is refused up front.
+void checkPlausibleSize(double claimedBytes, double fileBytes)
+{
+    if (!(claimedBytes <= 64.0 * 1024 * 1024 + 4096.0 * fileBytes))
+        fail("the header claims a larger image than the file can hold");
+}
 
 DecodedImage decodeStillImage(const QString& path, const PixelAllocator& allocate)
 {

@@ -30,6 +30,10 @@ using PixelAllocator = std::function<NdArray(const Shape& shape, DType dtype)>;
 // images, which are rewritten after decoding, always get arrays of their own.
 DecodedImage decodeStillImage(const QString& path, const PixelAllocator& allocate = NdArray::empty);
 
+// Throws when a header claims more decoded bytes than a file of `fileBytes`
+// can plausibly hold, so that a damaged header allocates nothing.
+void checkPlausibleSize(double claimedBytes, double fileBytes);
+
 // Largest decoded image accepted, so a hostile header cannot make the decoder
 // allocate absurd amounts.
 constexpr int kMaxDecodedImageMegabytes = 4096;

@@ -1,0 +1,130 @@
+#include "toolboxes/importData/sequence/PlainPng.h"
+
+#include <libdeflate.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <memory>
+#include <stdexcept>
+#include <vector>
+
+namespace torvex {
+
+namespace {
+
+[[noreturn]] void fail(const char* text) { throw std::runtime_error(std::string("PNG: ") + text); }
+
+uint32_t bigEndian32(const unsigned char* p) { return uint32_t(p[0]) << 24 | uint32_t(p[1]) << 16 | uint32_t(p[2]) << 8 | p[3]; }
+
+int channelsOf(int colourType)
+{
+    switch (colourType) {
+    case 0: return 1; // gray
+    case 2: return 3; // RGB
+    case 4: return 2; // gray and alpha
+    case 6: return 4; // RGBA
+    default: return 0; // palette and unknown types: not plain
+    }
+}
+
+int paeth(int a, int b, int c)
+{
+    const int p = a + b - c, pa = std::abs(p - a), pb = std::abs(p - b), pc = std::abs(p - c);
+    return pa <= pb && pa <= pc ? a : pb <= pc ? b : c;
+}
+
+// Undoes the filter of one row from `in` into `row`; `previous` is the row
+// above (zeros for the first).
+void unfilter(int type, const unsigned char* in, unsigned char* row, const unsigned char* previous, size_t length,
+              size_t pixelBytes)
+{
+    const auto left = [&](size_t i) { return i >= pixelBytes ? row[i - pixelBytes] : 0; };
+    switch (type) {
+    case 0: std::copy_n(in, length, row); return;
+    case 1:
+        for (size_t i = 0; i < length; ++i) row[i] = static_cast<unsigned char>(in[i] + left(i));
+        return;
+    case 2:
+        for (size_t i = 0; i < length; ++i) row[i] = static_cast<unsigned char>(in[i] + previous[i]);
+        return;
+    case 3:
+        for (size_t i = 0; i < length; ++i) row[i] = static_cast<unsigned char>(in[i] + ((left(i) + previous[i]) >> 1));
+        return;
+    case 4:
+        for (size_t i = 0; i < length; ++i) {
+            const int upLeft = i >= pixelBytes ? previous[i - pixelBytes] : 0;
+            row[i] = static_cast<unsigned char>(in[i] + paeth(left(i), previous[i], upLeft));
+        }
+        return;
+    default: fail("unknown row filter");
+    }
+}
+
+} // namespace
+
+std::optional<NdArray> decodePlainPng(const QByteArray& file, const PixelAllocator& allocate)
+{
+    static const QByteArray signature("\x89PNG\r\n\x1a\n", 8);
+    if (!file.startsWith(signature)) return std::nullopt;
+    const auto* bytes = reinterpret_cast<const unsigned char*>(file.constData());
+    const size_t size = static_cast<size_t>(file.size());
+
+    uint32_t width = 0, height = 0;
+    int channels = 0;
+    QByteArray compressed;
+    bool ended = false;
+    for (size_t at = 8; !ended;) {
+        if (size - at < 12) fail("file is truncated");
+        const uint32_t length = bigEndian32(bytes + at);
+        if (length > size - at - 12) fail("file is truncated");
+        const unsigned char* type = bytes + at + 4;
+        const unsigned char* data = type + 4;
+        const bool critical = !(type[0] & 0x20);
+        const std::string_view name(reinterpret_cast<const char*>(type), 4);
+        // A damaged critical chunk fails, as in the general decoder; others are skipped.
+        if (critical && libdeflate_crc32(0, type, length + 4) != bigEndian32(data + length)) fail("CRC error");
+        if (at == 8) {
+            if (name != "IHDR" || length != 13) fail("no header");
+            width = bigEndian32(data);
+            height = bigEndian32(data + 4);
+            channels = channelsOf(data[9]);
+            if (data[8] != 8 || channels == 0 || data[10] != 0 || data[11] != 0 || data[12] != 0) return std::nullopt;
+            if (width == 0 || height == 0) fail("empty image");
+        } else if (name == "IDAT") {
+            compressed.append(reinterpret_cast<const char*>(data), length);
+        } else if (name == "IEND") {
+            ended = true;
+        } else if (name == "tRNS" || name == "sBIT" || (critical && name != "PLTE")) {
+            return std::nullopt; // chunks that change what the pixels read as
+        }
+        at += length + 12;
+    }
+
+    const size_t rowBytes = size_t(width) * channels;
+    // As in the general decoder: no image beyond the limit, and no header that
+    // claims more than the file's bytes can hold, before anything is allocated.
+    const double claimed = double(rowBytes) * height;
+    if (claimed > double(uint64_t(kMaxDecodedImageMegabytes) << 20)) fail("image is too large");
+    checkPlausibleSize(claimed, double(size));
+    // One filter byte before each row.
+    const size_t filteredBytes = (rowBytes + 1) * height;
+    const std::unique_ptr<unsigned char[]> filtered(new unsigned char[filteredBytes]);
+    const std::unique_ptr<libdeflate_decompressor, decltype(&libdeflate_free_decompressor)> inflater(
+        libdeflate_alloc_decompressor(), libdeflate_free_decompressor);
+    if (!inflater) throw std::bad_alloc();
+    if (libdeflate_zlib_decompress(inflater.get(), compressed.constData(), static_cast<size_t>(compressed.size()),
+                                   filtered.get(), filteredBytes, nullptr) != LIBDEFLATE_SUCCESS)
+        fail("damaged image data");
+
+    NdArray pixels = allocate(channels == 1 ? Shape{height, width} : Shape{height, width, channels}, DType::UInt8);
+    auto* out = reinterpret_cast<unsigned char*>(pixels.mutableData());
+    const std::vector<unsigned char> zeros(rowBytes, 0);
+    for (size_t y = 0; y < height; ++y) {
+        const unsigned char* in = filtered.get() + y * (rowBytes + 1);
+        unsigned char* row = out + y * rowBytes;
+        unfilter(in[0], in + 1, row, y ? row - rowBytes : zeros.data(), rowBytes, size_t(channels));
+    }
+    return pixels;
+}
+
+} // namespace torvex

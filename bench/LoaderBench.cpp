@@ -27,7 +27,7 @@ using namespace torvex;
 namespace {
 
 constexpr int kFiles = 500, kSide = 512;
-constexpr double kRateTarget = 0.85;
+constexpr double kRateTarget = 1.8;
 
 // Written once and kept: smooth gradients with some noise, so the files
 // compress like photographs rather than like flat colour.

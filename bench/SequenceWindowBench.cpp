@@ -71,8 +71,8 @@ int main(int argc, char** argv)
             file.open(QIODevice::WriteOnly);
         }
         ImportData w(nullptr, nullptr, {}, {}, true);
-        report("open a folder of 20 000 files until the load starts", secondsOf([&] { w.openFile(dir.path()); }),
-               1.0);
+        report("open a folder of 20 000 files, listed and sorted, until the load starts",
+               secondsOf([&] { w.openFile(dir.path()); }), 0.1);
     }
     return 0;
 }

@@ -154,7 +154,7 @@ private:
     void _restartFrames(int count, const QString& countText);
     void _setFrameQuietly(int frame);
     std::optional<NdArray> _frameAt(const std::optional<NdArray>& stack) const;
-    // Shows the entry rows as the session holds them, names and records.
+    // Shows the row of an entry as the session holds it: name and record.
     void _showEntryRow(int row);
     void _showError(const std::exception& e);
     // Shows what the names of the filtered images tell beside the list:

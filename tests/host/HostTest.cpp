@@ -2,9 +2,8 @@
 #include "host/AppContext.h"
 #include "host/HostWindow.h"
 #include "host/WorkspacePanel.h"
-#include "toolboxes/importData/ImportData.h"
 
-#include "../support/TempFiles.h"
+#include "../ui/FunctionDialogSteps.h"
 
 #include <QTableWidget>
 
@@ -21,12 +20,8 @@ TEST(Host, ImportedVariablesShowInThePanelAndSaveForNumPy)
 
     HostWindow host(raw);
     ImportData* tool = host.importData();
-    tool->ui->comboBox_imgType->setCurrentText("16-bit Unsigned");
-    tool->ui->comboBox_order->setCurrentText("C");
-    tool->ui->spinBox_width->setValue(5);
-    tool->ui->spinBox_height->setValue(4);
-    tool->ui->spinBox_totalFrame->setValue(3);
-    tool->ui->checkBox_vflip->setChecked(true);
+    test::setVolumePanel(*tool, {.imgType = "16-bit Unsigned", .width = 5, .height = 4, .frame = 3, .readOrder = "C",
+                                 .vflip = true});
     tool->onImport();
     QTableWidget* table = host.workspacePanel()->table();
     ASSERT_EQ(table->rowCount(), 1);

@@ -20,13 +20,16 @@ inline QString writeFile(const QString& path, const QByteArray& bytes)
     return path;
 }
 
-// Runs a Python snippet with the system interpreter (which has NumPy and
-// Pillow) and returns what it printed; a non-zero exit fails the test.
-inline QString runPython(const QString& code, const QStringList& args = {})
+// Runs a Python snippet with `input` on its stdin and returns what it printed;
+// a non-zero exit fails the test. The interpreter is the one generated code
+// must satisfy (TORVEX_TEST_PYTHON, else the system's, with NumPy and Pillow).
+inline QString runPython(const QString& code, const QStringList& args = {}, const QByteArray& input = {})
 {
     QProcess python;
-    python.start("/usr/bin/python3", QStringList{"-c", code} + args);
-    EXPECT_TRUE(python.waitForFinished(120000));
+    python.start(qEnvironmentVariable("TORVEX_TEST_PYTHON", "/usr/bin/python3"), QStringList{"-c", code} + args);
+    python.write(input);
+    python.closeWriteChannel();
+    EXPECT_TRUE(python.waitForFinished(300000) && python.exitStatus() == QProcess::NormalExit);
     EXPECT_EQ(python.exitCode(), 0) << python.readAllStandardError().toStdString();
     return QString::fromUtf8(python.readAllStandardOutput()).trimmed();
 }

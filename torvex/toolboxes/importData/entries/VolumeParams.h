@@ -23,6 +23,7 @@ struct VolumeParams {
     std::optional<QString> permute;
     std::optional<bool> hflip;
     std::optional<bool> vflip;
+    std::optional<bool> bigEndian; // beside the panel's twelve; missing in older snapshots
 
     // The panel's start values, for a newly opened file.
     static VolumeParams resetValues();

@@ -19,7 +19,8 @@ LoadFunctionParams LoadFunctionParams::from(const VolumeParams& panel, const QSt
             .hflip = *p.hflip,
             .vflip = *p.vflip,
             .data_format = data_format,
-            .keep_c_on_gray = keep_c_on_gray};
+            .keep_c_on_gray = keep_c_on_gray,
+            .bigEndian = *p.bigEndian};
 }
 
 } // namespace torvex

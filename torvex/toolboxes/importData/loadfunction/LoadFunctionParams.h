@@ -24,6 +24,7 @@ struct LoadFunctionParams {
     bool vflip = false;
     QString data_format = "DHWC";
     bool keep_c_on_gray = false;
+    bool bigEndian = false; // beside the generator's fourteen: explicitly big-endian gray values
 
     // The panel's settings with the import's axis order.
     static LoadFunctionParams from(const VolumeParams& panel, const QString& data_format, bool keep_c_on_gray);

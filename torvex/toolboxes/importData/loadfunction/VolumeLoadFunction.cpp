@@ -66,7 +66,8 @@ QString grayLoadBody(const ImageType& type, const LoadFunctionParams& p)
 {
     const QString bpp = QString::number(type.bytesPerPixel());
     // 8-bit gets the suffix too: the generated text treats all gray types alike.
-    const QString dtypeExpr = "np.dtype(np." + QString::fromStdString(dtypeName(type.dtype)) + ")" + (p.littleEndian ? ".newbyteorder('<')" : "");
+    const QString byteOrder = p.bigEndian ? ".newbyteorder('>')" : p.littleEndian ? ".newbyteorder('<')" : "";
+    const QString dtypeExpr = "np.dtype(np." + QString::fromStdString(dtypeName(type.dtype)) + ")" + byteOrder;
     if (p.gap == 0) {
         // Without gaps the file maps in one piece and copies out in one read.
         return rows(QStringList{
@@ -128,7 +129,7 @@ QString colorLoadBody(const ImageType& type, const LoadFunctionParams& p)
     if (p.colorOrder == "ABCABC") {
         reshapeLine = "_arr = np.frombuffer(_raw, dtype=np.uint8).reshape((frame, height, width, " + nCh
                       + "), order=readOrder)";
-        chCode = interleavedChannelCode(colorType, p.littleEndian);
+        chCode = interleavedChannelCode(colorType, p.littleEndian && !p.bigEndian);
         chStack = type.channels == 3 ? "prasedData = np.stack([r,g,b], axis=-1)" : "prasedData = np.stack([r,g,b,a], axis=-1)";
     } else {
         reshapeLine = "_pl = (np.frombuffer(_raw, dtype=np.uint8).reshape((frame, " + nCh

@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QPalette>
+#include <QSignalBlocker>
 #include <QVBoxLayout>
 
 namespace torvex {
@@ -57,7 +58,16 @@ ImportData::ImportData(QWidget* parent, AppContext* app_context, const QString& 
     connect(ui->checkBox_vflip, &QCheckBox::stateChanged, this, &ImportData::onImgTransferChanged);
     connect(ui->comboBox_order, &QComboBox::currentIndexChanged, this, &ImportData::onParametersChanged);
     connect(ui->comboBox_colorOrder, &QComboBox::currentIndexChanged, this, &ImportData::onParametersChanged);
+    // The two byte orders exclude each other. Connected first, so the panel
+    // is consistent when it is read; the box unchecked for it stays quiet.
+    for (auto [box, other] : {std::pair{ui->checkBox_littleEndian, ui->checkBox_bigEndian},
+                              std::pair{ui->checkBox_bigEndian, ui->checkBox_littleEndian}})
+        connect(box, &QCheckBox::stateChanged, this, [other = other](int state) {
+            const QSignalBlocker block(other);
+            if (state == Qt::Checked) other->setChecked(false);
+        });
     connect(ui->checkBox_littleEndian, &QCheckBox::stateChanged, this, &ImportData::onParametersChanged);
+    connect(ui->checkBox_bigEndian, &QCheckBox::stateChanged, this, &ImportData::onParametersChanged);
     connect(ui->radioButton_filter, &QRadioButton::clicked, this, &ImportData::onFilterChanged);
     connect(ui->radioButton_regex, &QRadioButton::clicked, this, &ImportData::onFilterChanged);
     connect(ui->lineEdit_filter, &QLineEdit::editingFinished, this, &ImportData::onFilterChanged);

@@ -89,7 +89,7 @@ public:
     // Raw volume decoding, axis transfer, parameter panel and preview.
     void praseStackImages(const QString& imgType = {}, int offset = 0, int gap = 0, int width = 0, int height = 0,
                           int frame = 0, bool littleEndian = false, const QString& readOrder = "F",
-                          const QString& colorOrder = "AABBCC");
+                          const QString& colorOrder = "AABBCC", bool bigEndian = false);
     void _imgTransfer(const QString& permute, bool hflip, bool vflip);
     void onImgTransferChanged();
     void onTotalFrameChanged();

@@ -11,11 +11,12 @@
 namespace torvex {
 
 void ImportData::praseStackImages(const QString& imgType, int offset, int gap, int width, int height, int frame,
-                                  bool littleEndian, const QString& readOrder, const QString& colorOrder)
+                                  bool littleEndian, const QString& readOrder, const QString& colorOrder,
+                                  bool bigEndian)
 {
     try {
         _session.decode({.imgType = imgType, .offset = offset, .gap = gap, .width = width, .height = height,
-                         .frame = frame, .littleEndian = littleEndian, .readOrder = readOrder,
+                         .frame = frame, .littleEndian = littleEndian, .bigEndian = bigEndian, .readOrder = readOrder,
                          .colorOrder = colorOrder});
     } catch (const std::exception& e) {
         _showError(e);
@@ -50,7 +51,7 @@ void ImportData::onParametersChanged()
         _bytes_badge->show();
     }
     praseStackImages(layout.imgType, layout.offset, layout.gap, layout.width, layout.height, layout.frame,
-                     layout.littleEndian, layout.readOrder, layout.colorOrder);
+                     layout.littleEndian, layout.readOrder, layout.colorOrder, layout.bigEndian);
     onImgTransferChanged();
 }
 

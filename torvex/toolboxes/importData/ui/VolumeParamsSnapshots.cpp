@@ -16,7 +16,8 @@ VolumeParams ImportData::_captureVolumeParams()
             .colorOrder = ui->comboBox_colorOrder->currentText(),
             .permute = ui->comboBox_permute->currentText(),
             .hflip = ui->checkBox_hflip->isChecked(),
-            .vflip = ui->checkBox_vflip->isChecked()};
+            .vflip = ui->checkBox_vflip->isChecked(),
+            .bigEndian = ui->checkBox_bigEndian->isChecked()};
 }
 
 void ImportData::_resetVolumeParams() { _restoreVolumeParams(VolumeParams::resetValues()); }
@@ -27,7 +28,8 @@ void ImportData::_restoreVolumeParams(const VolumeParams& params)
     const QList<QWidget*> widgets = {ui->comboBox_imgType, ui->spinBox_offset,     ui->spinBox_gap,
                                      ui->spinBox_width,    ui->spinBox_height,     ui->spinBox_totalFrame,
                                      ui->checkBox_littleEndian, ui->comboBox_order, ui->comboBox_colorOrder,
-                                     ui->comboBox_permute, ui->checkBox_hflip,     ui->checkBox_vflip};
+                                     ui->comboBox_permute, ui->checkBox_hflip,     ui->checkBox_vflip,
+                                     ui->checkBox_bigEndian};
     // Writing with signals blocked neither decodes nor redraws: the caller refreshes.
     for (QWidget* w : widgets) w->blockSignals(true);
     const VolumeParams p = params.withFallbacks();
@@ -43,6 +45,7 @@ void ImportData::_restoreVolumeParams(const VolumeParams& params)
     ui->comboBox_permute->setCurrentText(*p.permute);
     ui->checkBox_hflip->setChecked(*p.hflip);
     ui->checkBox_vflip->setChecked(*p.vflip);
+    ui->checkBox_bigEndian->setChecked(*p.bigEndian);
     for (QWidget* w : widgets) w->blockSignals(false);
 }
 

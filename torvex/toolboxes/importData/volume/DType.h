@@ -12,8 +12,8 @@ namespace torvex {
 // The eight element types an array can hold.
 enum class DType { UInt8, Int16, UInt16, Int32, UInt32, Float16, Float32, Float64 };
 
-// Host order, or explicitly little-endian (what a "little endian" file asks for).
-enum class ByteOrder { Native, Little };
+// Host order, or explicitly little- or big-endian (what a file says it holds).
+enum class ByteOrder { Native, Little, Big };
 
 int itemSize(DType dtype) noexcept;
 // NumPy's name of the type: "uint8", "float16", ...
@@ -53,7 +53,8 @@ template <class Fn> decltype(auto) visitDType(DType dtype, Fn&& fn)
 // True when elements of this order must be byte-swapped on this host.
 constexpr bool needsSwap(ByteOrder order) noexcept
 {
-    return order == ByteOrder::Little && std::endian::native != std::endian::little;
+    return (order == ByteOrder::Little && std::endian::native != std::endian::little)
+           || (order == ByteOrder::Big && std::endian::native != std::endian::big);
 }
 
 // Reads one element that may sit at any (unaligned) address.

@@ -8,7 +8,7 @@ NdArray decodeGray(const QByteArray& bytes, const RawLayout& p, DType dtype, int
     checkNonNegative(p.offset, p.gap, p.width, p.height);
     const int64_t pixels = saturatingMul(p.width, p.height);
     const FrameRange range(bytes.size(), p.offset, p.gap, saturatingMul(pixels, bytesPerPixel), p.frame);
-    const ByteOrder byteOrder = p.littleEndian ? ByteOrder::Little : ByteOrder::Native;
+    const ByteOrder byteOrder = p.bigEndian ? ByteOrder::Big : p.littleEndian ? ByteOrder::Little : ByteOrder::Native;
 
     if (p.frame == 1) {
         const int64_t available = range.singleFrameBytes();

@@ -17,6 +17,7 @@ struct RawLayout {
     int64_t height = 0;
     int64_t frame = 0;       // number of frames
     bool littleEndian = false;
+    bool bigEndian = false;  // multi-byte gray values stored big-end first; colours read as not little-endian
     QString readOrder = "F"; // "F": the file runs down the columns; "C": along the rows
     QString colorOrder = "AABBCC"; // "ABCABC" interleaved, anything else planar
 };

@@ -177,3 +177,29 @@ TEST_F(VolumeWindow, ImportTakesTheFormatControlsAndReportsOnTheHost)
     empty.onImport();
     EXPECT_EQ(watcher.texts, QStringList{"Error|No data to import"});
 }
+
+TEST_F(VolumeWindow, BigAndLittleEndianExcludeEachOtherAndComeBackWithTheirEntry)
+{
+    // One frame of 2 x 2 16-bit values 1, 2, 3, 4 stored big-end first.
+    const QString big = test::writeFile(dir.filePath("big.raw"), QByteArray("\0\1\0\2\0\3\0\4", 8));
+    ImportData w(nullptr, nullptr, {}, big);
+    w.ui->comboBox_imgType->setCurrentText("16-bit Unsigned");
+    w.ui->spinBox_width->setValue(2);
+    w.ui->spinBox_height->setValue(2);
+    w.ui->checkBox_littleEndian->setChecked(true);
+    w.ui->checkBox_bigEndian->setChecked(true);
+    EXPECT_FALSE(w.ui->checkBox_littleEndian->isChecked());
+    EXPECT_EQ(w.prasedData->minMax(), (std::pair<double, double>{1, 4}));
+    EXPECT_EQ(w.ui->listWidget_data->item(0)->data(Qt::UserRole).value<DataEntry>().params->bigEndian, true);
+
+    w.openFile(exactFile); // a new file starts unchecked
+    EXPECT_FALSE(w.ui->checkBox_bigEndian->isChecked());
+    w.ui->listWidget_data->setCurrentRow(0);
+    EXPECT_TRUE(w.ui->checkBox_bigEndian->isChecked());
+    EXPECT_FALSE(w.ui->checkBox_littleEndian->isChecked());
+    // A snapshot from before the box existed reads as unchecked.
+    VolumeParams older = VolumeParams::resetValues();
+    older.bigEndian.reset();
+    w._restoreVolumeParams(older);
+    EXPECT_FALSE(w.ui->checkBox_bigEndian->isChecked());
+}

@@ -65,15 +65,3 @@ TEST(BigEndian, GrayValuesReadLikeTheirLittleEndianTwins)
             << type.toStdString();
     }
 }
-
-TEST(BigEndian, ColoursReadAsWithLittleEndianUnchecked)
-{
-    const QByteArray file("\x01\x02\x03\x04\x05\x06\x07\x08", 8);
-    for (const char* type : {"24-bit RGB", "32-bit ARGB"}) {
-        const RawLayout plain{.imgType = type, .width = 2, .height = 1, .frame = 1, .colorOrder = "ABCABC"};
-        RawLayout big = plain;
-        big.bigEndian = true;
-        const int64_t used = plain.imgType == "24-bit RGB" ? 6 : 8;
-        EXPECT_EQ(values(*decodeRawVolume(file.left(used), big)), values(*decodeRawVolume(file.left(used), plain)));
-    }
-}

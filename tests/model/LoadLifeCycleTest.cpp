@@ -7,9 +7,7 @@
 #include "../support/TempFiles.h"
 #include "../support/WaitUntil.h"
 
-#include <QElapsedTimer>
 #include <QImage>
-#include <QThread>
 
 #include <gtest/gtest.h>
 

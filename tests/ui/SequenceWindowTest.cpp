@@ -95,8 +95,7 @@ TEST_F(SequenceWindow, ChecksRangesAndRowsChooseTheFrames)
     ImportData w(nullptr, nullptr, {}, folder.path(), true);
     filter(w, "img*");
     ASSERT_TRUE(waitForLoad(w));
-    QListWidget* list = w.ui->listWidget_imageList;
-    list->item(1)->setCheckState(Qt::Unchecked);
+    w.ui->listWidget_imageList->item(1)->setCheckState(Qt::Unchecked);
     EXPECT_EQ(w.checkedIndexes, (QList<int>{0, 2}));
     EXPECT_EQ(w.ui->label_totalFrame->text(), "/ 2");
     // Clicking a chosen row shows its frame; an unchosen one only its path.
@@ -108,7 +107,7 @@ TEST_F(SequenceWindow, ChecksRangesAndRowsChooseTheFrames)
 
     w.ui->spinBox_rg1->setValue(2);
     EXPECT_EQ(w.checkedIndexes, (QList<int>{1, 2}));
-    EXPECT_EQ(list->item(0)->checkState(), Qt::Unchecked);
+    EXPECT_EQ(w.ui->listWidget_imageList->item(0)->checkState(), Qt::Unchecked);
     // A start above the end is pushed back to the end.
     w.ui->spinBox_rg2->setValue(2);
     w.ui->spinBox_rg1->setValue(3);
@@ -142,7 +141,6 @@ TEST_F(SequenceWindow, EntriesOfBothKindsComeBackWholeAndImportWhatTheyShow)
     w.ui->listWidget_data->setCurrentRow(0);
     EXPECT_EQ(w.ui->comboBox_outputType->currentText(), "Volume Data");
     EXPECT_EQ(w.ui->stackedWidget->currentIndex(), 0);
-    EXPECT_EQ(w.ui->lineEdit_files_folder->text(), raw);
 
     w.ui->listWidget_data->setCurrentRow(1);
     EXPECT_EQ(w.ui->comboBox_outputType->currentText(), "Image Sequence");

@@ -346,11 +346,9 @@ TEST(ByteBalance, SignedRoundedTextAndBadge)
 {
     const ByteBalance exact = ByteBalance::of(4 + 2 * 16, 1.0, 4, 0, 4, 4, 2);
     EXPECT_EQ(exact.statusMessage(), "Remaining bytes (unread): +0");
-    EXPECT_EQ(exact.badgeText(), QString::fromUtf8("\u2714\u00a0All bytes matched"));
     EXPECT_TRUE(exact.badgeStyleSheet().startsWith("background-color: #00c853;"));
-    // A gap is counted behind the last frame too.
+    // The badge texts are the window test's; counting a gap behind the last frame is the property test's.
     const ByteBalance gap = ByteBalance::of(2 * 16 + 16, 1.0, 0, 16, 4, 4, 2);
-    EXPECT_EQ(gap.badgeText(), QString::fromUtf8("\u26a0\u00a0-16 B"));
     EXPECT_TRUE(gap.badgeStyleSheet().startsWith("background-color: #ff8f00;"));
     // Halves keep their sign: 1 - 1.5 bytes of bitmap (rounding to even is the property test's).
     EXPECT_EQ(ByteBalance::of(1, 0.125, 0, 0, 3, 1, 4).signedText(), "-0");

@@ -69,9 +69,8 @@ TEST(VolumeLoadFunctionText, ReferenceExamplesToTheCharacter)
           .colorOrder = "ABCABC", .permute = "0,2,1", .hflip = true, .data_format = "HWCD"},
          "load_data_argb_all_blocks.txt"}};
     for (const auto& [params, reference] : cases) {
-        QFile file(QStringLiteral(LOADFUNCTION_TEST_DIR "/data/") + reference);
-        ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << reference;
-        EXPECT_EQ(volumeLoadFunctionText(params).toStdString(), file.readAll().toStdString()) << reference;
+        const QByteArray text = test::readFile(QStringLiteral(LOADFUNCTION_TEST_DIR "/data/") + reference);
+        EXPECT_EQ(volumeLoadFunctionText(params).toStdString(), text.toStdString()) << reference;
     }
 }
 

@@ -7,9 +7,7 @@
 #include "../support/TempFiles.h"
 #include "../support/WaitUntil.h"
 
-#include <QElapsedTimer>
 #include <QImage>
-#include <QThread>
 
 #include <gtest/gtest.h>
 
@@ -20,16 +18,14 @@ namespace {
 
 int repetitions()
 {
-    bool ok = false;
-    const int n = qEnvironmentVariableIntValue("TORVEX_REPEAT", &ok);
-    return ok && n > 0 ? n : 3;
+    const int n = qEnvironmentVariableIntValue("TORVEX_REPEAT");
+    return n > 0 ? n : 3;
 }
 
 class LoadLifeCycle : public ::testing::Test {
 protected:
     static void SetUpTestSuite()
     {
-        folder = new QTemporaryDir;
         // Enough frames of mixed kinds that a load is still running when it is
         // interrupted. Written by Qt itself: the thread checker cannot follow
         // the start of a child process, so no Python here.
@@ -37,26 +33,24 @@ protected:
             QImage image(64, 48, i % 3 ? QImage::Format_RGB888 : QImage::Format_Grayscale8);
             for (int y = 0; y < 48; ++y)
                 for (int x = 0; x < 64; ++x) image.setPixel(x, y, qRgb(x * i, y * i, x + y));
-            ASSERT_TRUE(image.save(folder->path() + QString("/img%1.png").arg(i, 2, 10, QChar('0'))));
+            ASSERT_TRUE(image.save(folder.filePath(QString("img%1.png").arg(i, 2, 10, QChar('0')))));
         }
-        test::writeFile(folder->path() + "/notes.txt", "not an image");
+        test::writeFile(folder.filePath("notes.txt"), "not an image");
     }
-    static void TearDownTestSuite() { delete folder; }
-    static QTemporaryDir* folder;
+    static inline QTemporaryDir folder;
 
     // A session that takes the stacks of its loads, as the window does.
     static std::unique_ptr<ImportSession> sessionOn(const QString& filter)
     {
         auto session = std::make_unique<ImportSession>();
         QObject::connect(&session->load, &ImageLoad::finished, session.get(), &ImportSession::acceptLoad);
-        session->openFolder(folder->path());
+        session->openFolder(folder.path());
         session->applyFilter(wildcardPattern(filter), true);
         session->startLoad();
         return session;
     }
     static bool loaded(const ImportSession& s) { return s.imageSequence && !s.load.running(); }
 };
-QTemporaryDir* LoadLifeCycle::folder = nullptr;
 
 } // namespace
 

@@ -1,18 +1,25 @@
-// Still images and other files through the loader's steps: decoding, 8-bit
-// stretching, frame shape, placeholders, the worker, and the file filter.
+// Still images and other files through the loader's steps: decoding (and the
+// fast reader of plain PNG files), 8-bit stretching, frame shape, placeholders,
+// the worker, the file filter, and numbered names.
 #include "toolboxes/importData/sequence/FileFilter.h"
 #include "toolboxes/importData/sequence/FrameShape.h"
 #include "toolboxes/importData/sequence/ImageLoaderWorker.h"
 #include "toolboxes/importData/sequence/Normalise8Bit.h"
+#include "toolboxes/importData/sequence/NumberedNames.h"
 #include "toolboxes/importData/sequence/PlaceholderFrame.h"
 #include "toolboxes/importData/sequence/PlaceholderLayout.h"
+#include "toolboxes/importData/sequence/PlainPng.h"
 #include "toolboxes/importData/sequence/StillImageDecoder.h"
 #include "toolboxes/importData/sequence/TextHead.h"
 
 #include "../support/TempFiles.h"
 
+#include <QDir>
 #include <QElapsedTimer>
+#include <QJsonArray>
+#include <QJsonDocument>
 
+#include <algorithm>
 #include <cstring>
 #include <numeric>
 
@@ -70,10 +77,59 @@ write("claims_huge.png", b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIB
 write("damaged.gif", base64.b64decode("R0lGODdhTWluZ0xpNDOJUE5HDQoaCgJJtEkqAAAAAA1JSERSAHcAAAD1//v2BAABAAAIAAAABggrAAA="))
 )py";
 
+// Writes PNG files by hand, rows filtered in turn by all five filters, beside
+// the raw pixels they hold.
+const char* const kWritePngs = R"(
+import sys, zlib, struct, numpy as np
+d = sys.argv[1]
+def chunk(kind, data, crc=None):
+    crc = zlib.crc32(kind + data) if crc is None else crc
+    return struct.pack('>I', len(data)) + kind + data + struct.pack('>I', crc & 0xffffffff)
+def filtered(px, ch, first_filter=0):
+    rows = px.reshape(px.shape[0], -1).astype(np.int32)
+    prev, out = np.zeros(rows.shape[1], np.int32), bytearray()
+    for y, row in enumerate(rows):
+        f = (y + first_filter) % 5
+        left = np.concatenate([np.zeros(ch, np.int32), row[:-ch]])
+        upleft = np.concatenate([np.zeros(ch, np.int32), prev[:-ch]])
+        p = left + prev - upleft
+        pa, pb, pc = abs(p - left), abs(p - prev), abs(p - upleft)
+        pred = [0, left, prev, (left + prev) >> 1, np.where((pa <= pb) & (pa <= pc), left, np.where(pb <= pc, prev, upleft))][f]
+        out.append(f)
+        out += ((row - pred) & 255).astype(np.uint8).tobytes()
+        prev = row
+    return bytes(out)
+def png(name, px, ctype, depth=8, interlace=0, before=b'', idat_crc=None, split=False, data=None):
+    h, w = px.shape[:2]
+    ch = 1 if px.ndim == 2 else px.shape[2]
+    z = zlib.compress(data if data is not None else filtered(px, ch))
+    idat = chunk(b'IDAT', z[:len(z) // 2]) + chunk(b'IDAT', z[len(z) // 2:]) if split else chunk(b'IDAT', z, idat_crc)
+    open(f'{d}/{name}.png', 'wb').write(b'\x89PNG\r\n\x1a\n' +
+        chunk(b'IHDR', struct.pack('>IIBBBBB', w, h, depth, ctype, 0, 0, interlace)) + before + idat + chunk(b'IEND', b''))
+    open(f'{d}/{name}.raw', 'wb').write(px.astype(np.uint8).tobytes())
+rng = np.random.default_rng(7)
+for ctype, ch in ((0, 1), (4, 2), (2, 3), (6, 4)):
+    for h, w in ((1, 1), (7, 5), (33, 17)):
+        px = rng.integers(0, 256, (h, w, ch) if ch > 1 else (h, w))
+        png(f'plain_{ctype}_{h}x{w}', px, ctype, split=h == 33, before=chunk(b'tEXt', b'k\0v', crc=1))
+png('plain_2_64x64', rng.integers(0, 4, (64, 64, 3)), 2) # small values: many ties in the Paeth predictor
+px = rng.integers(0, 256, (4, 4, 3))
+png('other_trns', px, 2, before=chunk(b'tRNS', b'\0\0\0\0\0\0'))
+png('other_sbit', px, 2, before=chunk(b'sBIT', b'\5\5\5'))
+png('other_interlaced', px, 2, interlace=1)
+png('other_16bit', px, 2, depth=16)
+png('other_palette', px[:, :, 0], 3, before=chunk(b'PLTE', bytes(768)))
+png('damaged_crc', px, 2, idat_crc=0)
+png('damaged_filter', px, 2, data=bytes([5]) + bytes(12) + bytes([0]) + bytes(12) * 3)
+png('damaged_short', px, 2, data=filtered(px, 3)[:-1])
+open(f'{d}/damaged_cut.png', 'wb').write(open(f'{d}/plain_2_7x5.png', 'rb').read()[:60])
+)";
+
 QString sequenceFile(const QString& name)
 {
     static QTemporaryDir dir;
-    [[maybe_unused]] static const QString written = test::runPython(kWriteFiles, {dir.path()});
+    [[maybe_unused]] static const QString written =
+        test::runPython(kWriteFiles, {dir.path()}) + test::runPython(kWritePngs, {dir.path()});
     return dir.filePath(name);
 }
 
@@ -133,12 +189,8 @@ TEST(DecodeStillImage, NonImagesThrow)
     for (const char* file : {"text.txt", "binary.bin", "empty.png", "truncated.png", "missing.png", "damaged.gif", "."})
         EXPECT_THROW(decodeStillImage(sequenceFile(file)), std::runtime_error) << file;
     // Refused before the reader allocates for it.
-    try {
-        decodeStillImage(sequenceFile("claims_huge.png"));
-        ADD_FAILURE();
-    } catch (const std::runtime_error& e) {
-        EXPECT_STREQ(e.what(), "the header claims a larger image than the file can hold");
-    }
+    EXPECT_EQ(test::failure([] { decodeStillImage(sequenceFile("claims_huge.png")); }),
+              "the header claims a larger image than the file can hold");
 }
 
 template <class T> NdArray row(DType dtype, std::vector<T> values)
@@ -162,13 +214,11 @@ TEST(NormaliseToUInt8, TruncatesEveryStretchedTypeAndFlatOrNanImagesBecomeZero)
     EXPECT_EQ(bytesOf(normaliseToUInt8({row<float>(DType::Float32, {NAN, 0.f, 1.f})})), zeros);
 }
 
-TEST(NormaliseToUInt8, EightBitPassesUnchangedButBilevelStretches)
+// The values of 8-bit and bilevel images are the stored images' cases.
+TEST(NormaliseToUInt8, EightBitPassesWithoutACopy)
 {
     const NdArray bytes = row<uint8_t>(DType::UInt8, {0, 1, 1});
-    const NdArray same = normaliseToUInt8({bytes});
-    EXPECT_TRUE(same.sharesStorageWith(bytes));
-    EXPECT_EQ(bytesOf(same), (std::vector<int>{0, 1, 1}));
-    EXPECT_EQ(bytesOf(normaliseToUInt8({bytes, true})), (std::vector<int>{0, 255, 255}));
+    EXPECT_TRUE(normaliseToUInt8({bytes}).sharesStorageWith(bytes));
 }
 
 NdArray counting(const Shape& shape)
@@ -203,13 +253,6 @@ TEST(UnifyChannels, RepeatsGrayDropsAlphaOrAveragesWithTruncation)
     EXPECT_EQ(bytesOf(gray), (std::vector<int>{1, 3}));
 }
 
-QString fileWith(const QByteArray& bytes)
-{
-    static QTemporaryDir dir;
-    static int count = 0;
-    return test::writeFile(dir.filePath(QString::number(++count)), bytes);
-}
-
 TEST(PlaceholderText, SplitsAtEveryLineBoundaryAndWrapsByCharacterCount)
 {
     const auto linesOf = [](const std::u32string& text) { return wrapLines(splitTextLines(text), 100); };
@@ -226,8 +269,8 @@ TEST(PlaceholderText, ReadsStrictUtf8WithNewlinesTranslated)
     EXPECT_EQ(readTextHead(sequenceFile("text.txt"), 8192), U"first line\nsecond\nthird\u2028fourth\n");
     EXPECT_EQ(readTextHead(sequenceFile("text.txt"), 13), U"first line\nse"); // CR LF is one character
     for (const char* bad : {"\xed\xa0\x80", "\xc0\xaf", "ok\xc3", "\xf4\x90\x80\x80", "\xff"})
-        EXPECT_FALSE(readTextHead(fileWith(bad), 8192)) << bad;
-    EXPECT_EQ(readTextHead(fileWith("\xf0\x9f\x98\x80" "ab"), 2), U"\U0001F600a");
+        EXPECT_FALSE(readTextHead(test::writeFile(sequenceFile("bad.txt"), bad), 8192)) << bad;
+    EXPECT_EQ(readTextHead(test::writeFile(sequenceFile("emoji.txt"), "\xf0\x9f\x98\x80" "ab"), 2), U"\U0001F600a");
 }
 
 TEST(PlaceholderText, FallsBackFromTextToHexToUnreadable)
@@ -366,6 +409,84 @@ TEST(FileFilter, DisplayNamesKeepTheExtension)
     // An extension longer than the room cuts the stem from its end.
     EXPECT_EQ(displayName("abcdef." + QString(33, 'e')), "abcd..." + QString(".") + QString(33, 'e'));
     EXPECT_EQ(displayName(QString(40, '.')), QString(32, '.') + "...");
+}
+
+TEST(PlainPng, ReadsEveryFilterColourTypeAndChunkLayout)
+{
+    const QStringList names = QDir(sequenceFile("")).entryList({"plain_*.png"});
+    ASSERT_EQ(names.size(), 13);
+    for (const QString& name : names) {
+        const std::optional<NdArray> pixels = decodePlainPng(test::readFile(sequenceFile(name)), NdArray::empty);
+        ASSERT_TRUE(pixels) << name.toStdString();
+        const QByteArray raw = test::readFile(sequenceFile(QString(name).replace(".png", ".raw")));
+        EXPECT_EQ(QByteArray(reinterpret_cast<const char*>(pixels->data()), pixels->nbytes()), raw) << name.toStdString();
+        const int colourType = name.split('_')[1].toInt(); // 0 gray, 4 gray and alpha, 2 RGB, 6 RGBA
+        EXPECT_EQ(pixels->ndim() == 2 ? 1 : pixels->extent(2), QList<int>({1, 0, 3, 0, 2, 0, 4})[colourType])
+            << name.toStdString();
+        // The still-image decoder takes the same road.
+        EXPECT_EQ(decodeStillImage(sequenceFile(name)).pixels.shape(), pixels->shape()) << name.toStdString();
+    }
+}
+
+TEST(PlainPng, LeavesOtherFilesToTheGeneralDecoderAndRefusesDamage)
+{
+    for (const char* name : {"other_trns.png", "other_sbit.png", "other_interlaced.png", "other_16bit.png",
+                             "other_palette.png"})
+        EXPECT_FALSE(decodePlainPng(test::readFile(sequenceFile(name)), NdArray::empty)) << name;
+    EXPECT_FALSE(decodePlainPng("GIF89a", NdArray::empty));
+    for (const char* name : {"damaged_crc.png", "damaged_filter.png", "damaged_short.png", "damaged_cut.png"})
+        EXPECT_THROW(decodePlainPng(test::readFile(sequenceFile(name)), NdArray::empty), std::runtime_error) << name;
+}
+
+const QStringList kTrickyNames = {
+    "img10.png", "img2.png", "img1.png", "a01.png", "a1.png", "a001.png", "b.png", "b0.png", "10.png", "9",
+    "x99999999999999999999999.png", "x100000000000000000000000.png", "x9.png", QString::fromUtf8("n\u0663.png"),
+    QString::fromUtf8("n2.png"), QString::fromUtf8("n\u00b2.png"), "", "2", "02", "a2b10", "a2b9", "a10b1",
+};
+
+// Python's sorted with the key the generated function uses is the reference.
+TEST(NumberedNames, NaturalOrderIsPythonsKeyOrder)
+{
+    QStringList ours = kTrickyNames;
+    std::sort(ours.begin(), ours.end(), naturalLess);
+    const QString python = test::runPython(
+        "import json, re, sys\n"
+        "names = json.loads(sys.argv[1])\n"
+        "key = lambda n: ([int(t) if i % 2 else t for i, t in enumerate(re.split(r'(\\d+)', n))], n)\n"
+        "print(json.dumps(sorted(names, key=key)))\n",
+        {QString::fromUtf8(QJsonDocument(QJsonArray::fromStringList(kTrickyNames)).toJson(QJsonDocument::Compact))});
+    EXPECT_EQ(ours, QVariant(QJsonDocument::fromJson(python.toUtf8()).array().toVariantList()).toStringList());
+}
+
+TEST(NumberedNames, TheFirstPlainPairOutOfNumericOrderIsNamed)
+{
+    // Not the first neighbours out of order (s100, s11).
+    EXPECT_EQ(firstNumberedPairOutOfOrder({"s1", "s10", "s100", "s11", "s2"}), (std::pair<QString, QString>{"s10", "s2"}));
+    for (const QStringList& agreeing : {QStringList{"a.png", "b.png"}, QStringList{"img01.png", "img02.png"},
+                                        QStringList{"a01.png", "a1.png"}, QStringList{}, QStringList{"one"}})
+        EXPECT_FALSE(firstNumberedPairOutOfOrder(agreeing)) << agreeing.join(' ').toStdString();
+}
+
+TEST(NumberedNames, GapsAreReportedForOneNumberedSeriesOnly)
+{
+    // The names, and the message about them; none where there is no gap to report.
+    const std::pair<QStringList, std::optional<QString>> cases[] = {
+        {{"slice_1.png", "slice_2.png", "slice_4.png", "slice_5.png", "slice_7.png"},
+         "Missing 2 of 7 numbered files: 3, 6"},
+        {{"s0.tif", "s12.tif"}, QString::fromUtf8("Missing 11 of 13 numbered files: 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, \u2026")},
+        {{"scan2_001.png", "scan2_003.png"}, "Missing 1 of 3 numbered files: 2"}, // one run varies
+        {{"s1.png", "s2.png", "s3.png"}, std::nullopt},                           // complete
+        {{"a1b1.png", "a2b3.png"}, std::nullopt},                                 // two runs vary
+        {{"a1.png", "b3.png"}, std::nullopt},                                     // other prefix
+        {{"a1.png", "a3.tif"}, std::nullopt},                                     // other suffix
+        {{"a.png", "b.png"}, std::nullopt},                                       // no numbers
+        {{"a1.png"}, std::nullopt},                                               // one file
+        {{"x1.png", "x99999999999999999999.png"}, std::nullopt}};                 // beyond 63 bits
+    for (const auto& [names, message] : cases) {
+        const std::optional<MissingNumbers> gap = missingNumbers(names);
+        EXPECT_EQ(gap ? std::optional<QString>(missingNumbersMessage(*gap)) : std::nullopt, message)
+            << names.join(' ').toStdString();
+    }
 }
 
 } // namespace

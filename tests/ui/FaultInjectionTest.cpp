@@ -8,7 +8,6 @@
 #include "../support/ModalWatcher.h"
 #include "../support/WaitUntil.h"
 
-#include <QImage>
 #include <QRegularExpression>
 #include <QThread>
 
@@ -48,11 +47,8 @@ QByteArray bytesOf(const NdArray& array)
 void writeGrayImages(const QString& folder, int count, int width, int height)
 {
     QDir().mkpath(folder);
-    for (int i = 0; i < count; ++i) {
-        QImage image(width, height, QImage::Format_Grayscale8);
-        image.fill(i * 8 + 1);
-        ASSERT_TRUE(image.save(folder + QString("/img%1.png").arg(i, 3, 10, QChar('0'))));
-    }
+    for (int i = 0; i < count; ++i)
+        writeGrayImage(folder + QString("/img%1.png").arg(i, 3, 10, QChar('0')), width, height, i * 8 + 1);
 }
 
 // Runs the current test again in a child that works in `dir`; with `asNobody`
@@ -143,7 +139,7 @@ QStringList saveInTurn(const QStringList& targets, std::function<void()> before 
     }
     steps.push_back(press("OK"));
     play(w, steps);
-    if (fileTypeOf(targets.last()) == S_IFREG) EXPECT_EQ(contentOf(targets.last()), w._gen_function(kSmallPanel));
+    if (fileTypeOf(targets.last()) == S_IFREG) EXPECT_EQ(readFile(targets.last()), w._gen_function(kSmallPanel));
     return boxes;
 }
 
@@ -160,7 +156,7 @@ TEST(FaultInjection, SavesThatFailLeaveTheTargetAsItWasAndTheDialogForAnotherTry
     QByteArray received(10000, '\0');
     received.truncate(std::max<ssize_t>(::read(reader, received.data(), received.size()), 0));
     ::close(reader);
-    EXPECT_EQ(received, contentOf(dir.filePath("fine.py")));
+    EXPECT_EQ(received, readFile(dir.filePath("fine.py")));
 
     // A file-size limit cuts the write short, as a full disk would.
     rlimit old{};
@@ -171,7 +167,7 @@ TEST(FaultInjection, SavesThatFailLeaveTheTargetAsItWasAndTheDialogForAnotherTry
                          [&] { ::setrlimit(RLIMIT_FSIZE, &old); }).replaceInStrings(kReason, "\\1"),
               QStringList({kFailed, kSaved}));
     std::signal(SIGXFSZ, oldHandler);
-    EXPECT_EQ(contentOf(cut), "earlier");
+    EXPECT_EQ(readFile(cut), "earlier");
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden), (QStringList{"cut.py", "fine.py"}));
 
     // Only now that a node is known to stay a node: the real full device.
@@ -188,7 +184,7 @@ TEST(FaultInjection, SavingIntoAReadOnlyFolderLeavesItAsItWas)
         if (QFile(dir + "/locked/probe").open(QIODevice::WriteOnly)) GTEST_SKIP() << "permissions are not enforced";
         EXPECT_EQ(saveInTurn({dir + "/locked/load.py", dir + "/open/load.py"}).replaceInStrings(kReason, "\\1"),
                   QStringList({kFailed, kSaved}));
-        EXPECT_EQ(contentOf(dir + "/locked/load.py"), "earlier");
+        EXPECT_EQ(readFile(dir + "/locked/load.py"), "earlier");
         EXPECT_EQ(QDir(dir + "/locked").entryList(QDir::Files | QDir::Hidden), QStringList{"load.py"});
         return;
     }

@@ -14,8 +14,6 @@
 #include <QTextEdit>
 #include <QTimer>
 
-#include <deque>
-
 namespace torvex::test {
 
 // Sets the raw-volume panel widget by widget, as a user would.
@@ -45,7 +43,7 @@ struct Step { const char* dialogClass; std::function<void(QWidget*)> act; };
 // step takes (for a while: it may be on its way out) is noted and closed.
 inline void play(ImportData& w, const std::vector<Step>& steps)
 {
-    std::deque<Step> pending(steps.begin(), steps.end());
+    size_t next = 0;
     QStringList unexpected;
     QPointer<QWidget> seen, actedOn;
     QElapsedTimer since;
@@ -56,9 +54,8 @@ inline void play(ImportData& w, const std::vector<Step>& steps)
         seen = modal;
         if (!modal) return;
         const QString kind = modal->metaObject()->className();
-        if (modal != actedOn && !pending.empty() && kind == pending[0].dialogClass) {
-            QTimer::singleShot(0, modal, [act = pending[0].act, modal] { act(modal); });
-            pending.pop_front();
+        if (modal != actedOn && next < steps.size() && kind == steps[next].dialogClass) {
+            QTimer::singleShot(0, modal, [act = steps[next++].act, modal] { act(modal); });
             actedOn = modal;
             since.start();
         } else if (since.elapsed() > 10000) { // generous: sanitizer builds open dialogs slowly
@@ -68,7 +65,7 @@ inline void play(ImportData& w, const std::vector<Step>& steps)
     });
     timer.start(10);
     w.onGenerateFunction();
-    EXPECT_EQ(pending.size(), 0u);
+    EXPECT_EQ(next, steps.size());
     EXPECT_EQ(unexpected, QStringList());
 }
 
@@ -108,12 +105,6 @@ inline Step messageBox(QStringList& noted, std::function<void()> then = {})
                 if (then) then();
                 box->close();
             }};
-}
-
-inline QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : "<unreadable>";
 }
 
 } // namespace torvex::test

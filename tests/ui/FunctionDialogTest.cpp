@@ -189,7 +189,7 @@ TEST(FunctionDialog, SavingWritesTheGeneratedTextAsUtf8AndReplacesTheFileEachTim
         text->setPlainText("changed on screen");
     };
     const auto lengthen = [&] {
-        EXPECT_EQ(contentOf(target), generated.toUtf8());
+        EXPECT_EQ(readFile(target), generated.toUtf8());
         writeFile(target, QByteArray(10000, 'x'));
     };
     play(w, {press("Save to File", look), saveAs(target), messageBox(boxes, lengthen),
@@ -197,7 +197,7 @@ TEST(FunctionDialog, SavingWritesTheGeneratedTextAsUtf8AndReplacesTheFileEachTim
              press("Save to File"), cancelSave(), press("OK")});
     EXPECT_EQ(boxes, QStringList(2, "Success|Function saved successfully."));
     EXPECT_TRUE(generated.contains(QChar(0xD7)));
-    EXPECT_EQ(contentOf(target), generated.toUtf8());
+    EXPECT_EQ(readFile(target), generated.toUtf8());
 }
 
 } // namespace

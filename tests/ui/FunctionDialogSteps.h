@@ -26,6 +26,7 @@ inline void setVolumePanel(ImportData& w, const LoadFunctionParams& p)
     w.ui->spinBox_height->setValue(p.height);
     w.ui->spinBox_totalFrame->setValue(p.frame);
     w.ui->checkBox_littleEndian->setChecked(p.littleEndian);
+    w.ui->checkBox_bigEndian->setChecked(p.bigEndian);
     w.ui->comboBox_order->setCurrentText(p.readOrder);
     w.ui->comboBox_colorOrder->setCurrentText(p.colorOrder);
     w.ui->comboBox_permute->setCurrentText(p.permute);

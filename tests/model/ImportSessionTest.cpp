@@ -89,7 +89,6 @@ TEST_F(Session, EachRawLoadIsAnEntryThatComesBackWhole)
 
     ASSERT_TRUE(session.selectEntry(1));
     EXPECT_EQ(session.transferedData->shape(), (Shape{2, 6, 8, 1}));
-    EXPECT_EQ(session.entries.find(1)->record.params->hflip, true);
     EXPECT_FALSE(session.selectEntry(2)); // a row that has no entry yet
 }
 

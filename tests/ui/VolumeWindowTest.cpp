@@ -135,6 +135,9 @@ TEST_F(VolumeWindow, EachLoadIsARowThatBringsItsPanelBack)
     w.ui->spinBox_height->setValue(6);
     w.ui->spinBox_totalFrame->setValue(2);
     w.ui->checkBox_hflip->setChecked(true);
+    w.ui->checkBox_littleEndian->setChecked(true);
+    w.ui->checkBox_bigEndian->setChecked(true); // the byte orders exclude each other
+    EXPECT_FALSE(w.ui->checkBox_littleEndian->isChecked());
     ASSERT_EQ(w.ui->listWidget_data->count(), 2);
     EXPECT_EQ(w.ui->listWidget_data->item(1)->text(), "cdata_1");
     EXPECT_EQ(w.ui->label_data_mode->text(), ""); // a new entry is current before it holds data
@@ -145,12 +148,19 @@ TEST_F(VolumeWindow, EachLoadIsARowThatBringsItsPanelBack)
     EXPECT_EQ(w.ui->spinBox_width->value(), 400);
     EXPECT_EQ(w.ui->comboBox_imgType->currentText(), "8-bit");
     EXPECT_FALSE(w.ui->checkBox_hflip->isChecked());
+    EXPECT_FALSE(w.ui->checkBox_bigEndian->isChecked());
     EXPECT_EQ(w.ui->lineEdit_files_folder->text(), exactFile);
     EXPECT_EQ(status(w), exactFile);
 
     w.ui->listWidget_data->setCurrentRow(1);
     EXPECT_EQ(w.ui->comboBox_imgType->currentText(), "16-bit Unsigned");
     EXPECT_TRUE(w.ui->checkBox_hflip->isChecked());
+    EXPECT_TRUE(w.ui->checkBox_bigEndian->isChecked());
+    // A snapshot from before the big-endian box existed reads as unchecked.
+    VolumeParams older = VolumeParams::resetValues();
+    older.bigEndian.reset();
+    w._restoreVolumeParams(older);
+    EXPECT_FALSE(w.ui->checkBox_bigEndian->isChecked());
     EXPECT_EQ(w.ui->spinBox_frame->value(), 1);
     EXPECT_EQ(w.ui->label_totalFrame->text(), "/ 2");
 }
@@ -191,32 +201,6 @@ TEST_F(VolumeWindow, ImportTakesTheFormatControlsAndReportsOnTheHost)
     ImportData empty;
     empty.onImport();
     EXPECT_EQ(watcher.texts, QStringList{"Error|No data to import"});
-}
-
-TEST_F(VolumeWindow, BigAndLittleEndianExcludeEachOtherAndComeBackWithTheirEntry)
-{
-    // One frame of 2 x 2 16-bit values 1, 2, 3, 4 stored big-end first.
-    const QString big = test::writeFile(dir.filePath("big.raw"), QByteArray("\0\1\0\2\0\3\0\4", 8));
-    ImportData w(nullptr, nullptr, {}, big);
-    w.ui->comboBox_imgType->setCurrentText("16-bit Unsigned");
-    w.ui->spinBox_width->setValue(2);
-    w.ui->spinBox_height->setValue(2);
-    w.ui->checkBox_littleEndian->setChecked(true);
-    w.ui->checkBox_bigEndian->setChecked(true);
-    EXPECT_FALSE(w.ui->checkBox_littleEndian->isChecked());
-    EXPECT_EQ(w.prasedData->minMax(), (std::pair<double, double>{1, 4}));
-    EXPECT_EQ(w.ui->listWidget_data->item(0)->data(Qt::UserRole).value<DataEntry>().params->bigEndian, true);
-
-    w.openFile(exactFile); // a new file starts unchecked
-    EXPECT_FALSE(w.ui->checkBox_bigEndian->isChecked());
-    w.ui->listWidget_data->setCurrentRow(0);
-    EXPECT_TRUE(w.ui->checkBox_bigEndian->isChecked());
-    EXPECT_FALSE(w.ui->checkBox_littleEndian->isChecked());
-    // A snapshot from before the box existed reads as unchecked.
-    VolumeParams older = VolumeParams::resetValues();
-    older.bigEndian.reset();
-    w._restoreVolumeParams(older);
-    EXPECT_FALSE(w.ui->checkBox_bigEndian->isChecked());
 }
 
 TEST_F(VolumeWindow, DropsRouteByWhatIsDropped)

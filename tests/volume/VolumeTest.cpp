@@ -460,6 +460,7 @@ TEST(DisplayImage, EveryLayoutOfAViewShowsItsOwnElements)
                  // Larger than a core's share and than one tile block, with partial tiles.
                  NdArray::strided(bytes, 1, {700, 600}, {item, 700 * item}, dtype).flip(1),
                  NdArray::strided(bytes, 1, {600, 700}, {700 * item, item}, dtype),
+                 NdArray::strided(bytes, 1, {600, 700}, {700 * item, item}, dtype, ByteOrder::Big), // swapped
              })
             EXPECT_TRUE(showsExactLevels(view));
     }

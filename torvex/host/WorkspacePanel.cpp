@@ -1,6 +1,7 @@
 #include "WorkspacePanel.h"
 
 #include "AppContext.h"
+#include "toolboxes/importData/ui/ProgressRun.h"
 
 #include <QFileDialog>
 #include <QHeaderView>
@@ -79,7 +80,19 @@ void WorkspacePanel::onSave()
     const QString path = QFileDialog::getSaveFileName(this, "Save Variable", nameItem->text() + ".npy",
                                                       "NumPy Files (*.npy);;All Files (*)");
     if (path.isEmpty()) return;
-    const QString failure = saveRow(row, path);
+    const auto& data = manager_->get_workspace_data();
+    const auto found = data.find(nameItem->text());
+    QString failure = found == data.end() ? saveRow(row, path) : QString();
+    try {
+        // Off the window's thread, with Cancel; a cancelled save leaves no file.
+        if (found != data.end() && !runWithProgress(this, "Saving " + nameItem->text() + "…",
+                                                    [array = found->second, &path](const Progress& progress) {
+                                                        saveNpy(array, path, progress);
+                                                    }))
+            return;
+    } catch (const std::exception& e) {
+        failure = QString::fromStdString(e.what());
+    }
     if (failure.isEmpty()) QMessageBox::information(this, "Saved", nameItem->text() + " saved to " + path);
     else QMessageBox::critical(this, "Error", "Failed to save: " + failure);
 }

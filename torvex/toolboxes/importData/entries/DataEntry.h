@@ -2,6 +2,7 @@
 
 #include "VolumeParams.h"
 #include "toolboxes/importData/volume/NdArray.h"
+#include "toolboxes/importData/volume/RawFile.h"
 
 #include <QByteArray>
 #include <QList>
@@ -9,6 +10,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <memory>
 #include <optional>
 
 namespace torvex {
@@ -23,6 +25,7 @@ struct DataEntry {
     std::optional<QList<int>> checked_indexes;    // the checked image rows
     std::optional<NdArray> image_sequence;        // the whole image stack
     std::optional<QByteArray> readedBinary;       // the raw file's bytes
+    std::shared_ptr<const MappedFile> mappedFile; // ... which it points into, kept mapped
     std::optional<QString> file_path;             // the raw file
     std::optional<VolumeParams> params;           // the panel settings
 };

@@ -2,7 +2,7 @@
 
 namespace torvex {
 
-NdArray reformatForImport(const NdArray& volume, const QString& format, bool keepChannel)
+NdArray reformatForImport(const NdArray& volume, const QString& format, bool keepChannel, const Progress& progress)
 {
     if (format == "HWCD") {
         NdArray out = volume;
@@ -12,7 +12,7 @@ NdArray reformatForImport(const NdArray& volume, const QString& format, bool kee
         return out;
     }
     if (format == "DHWC") {
-        NdArray out = volume.copy();
+        NdArray out = copyWithProgress(volume, progress);
         if (!keepChannel && out.extent(3) == 1) out = out.squeeze(3);
         return out;
     }

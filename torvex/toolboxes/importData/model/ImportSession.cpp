@@ -9,7 +9,6 @@
 #include "toolboxes/importData/volume/AxisTransfer.h"
 #include "toolboxes/importData/volume/ImageTypes.h"
 #include "toolboxes/importData/volume/RawDecoder.h"
-#include "toolboxes/importData/volume/RawFile.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -36,6 +35,7 @@ ImportSession::ImportSession(QObject* parent) : QObject(parent), load(this) {}
 void ImportSession::resetSource()
 {
     readedBinary.reset();
+    _mapped_file.reset();
     prasedData.reset();
     transferedData.reset();
     fileList.reset();
@@ -48,13 +48,21 @@ void ImportSession::resetSource()
 void ImportSession::openRawFile(const QString& path)
 {
     try {
-        readedBinary = readWholeFile(path);
+        _mapped_file = MappedFile::open(path);
+        readedBinary = _mapped_file->bytes();
     } catch (...) {
         readedBinary.reset();
+        _mapped_file.reset();
         throw;
     }
     _current_file_path = path;
     _pending_add_entry = true;
+}
+
+std::optional<QString> ImportSession::fileChangedNotice() const
+{
+    if (!_mapped_file || !_mapped_file->changedOnDisk()) return std::nullopt;
+    return _mapped_file->changedMessage();
 }
 
 void ImportSession::openFolder(const QString& folder)
@@ -191,6 +199,7 @@ int ImportSession::addEntry(const QString& name, Mode mode, const std::optional<
                      .image_sequence = imageSequence};
     if (mode == Mode::VolumeData) {
         record.readedBinary = readedBinary;
+        record.mappedFile = _mapped_file;
         record.file_path = _current_file_path;
         record.params = panel;
     }
@@ -212,6 +221,7 @@ void ImportSession::updateCurrentEntry(const VolumeParams& panel)
     if (modeOfText(record.mode) == Mode::VolumeData) {
         record.data = transferedData;
         record.readedBinary = readedBinary;
+        record.mappedFile = _mapped_file;
         record.file_path = _current_file_path;
         record.params = panel;
     } else {
@@ -234,6 +244,7 @@ const EntryStore::Entry* ImportSession::selectEntry(int row)
     if (modeOfText(record.mode) == Mode::VolumeData) {
         transferedData = record.data;
         readedBinary = record.readedBinary;
+        _mapped_file = record.mappedFile;
         _current_file_path = record.file_path;
         return entry;
     }
@@ -247,23 +258,41 @@ const EntryStore::Entry* ImportSession::selectEntry(int row)
     return entry;
 }
 
-void ImportSession::importEntry(int row, const QString& name, Mode shownMode, WorkspaceManager& workspace,
-                                const QString& format, bool keepChannel) const
+ImportSession::ImportSource ImportSession::importSource(int row, Mode shownMode) const
 {
     const EntryStore::Entry* entry = entries.find(row);
     const std::optional<Mode> mode = entry ? modeOfText(entry->record.mode) : shownMode;
     const std::optional<NdArray> data = entry ? entry->record.data : std::nullopt;
-    std::map<QString, NdArray>& variables = workspace.get_workspace_data();
     if (mode == Mode::VolumeData) {
         const std::optional<NdArray> volume = data ? data : transferedData;
         if (!volume) throw std::runtime_error("No volume data to import");
-        variables.insert_or_assign(name, reformatForImport(*volume, format, keepChannel));
-    } else if (mode == Mode::ImageSequence) {
-        const std::optional<NdArray> sequence = data ? data : selectedimageSequence;
-        if (!sequence) throw std::runtime_error("No image sequence to import");
-        variables.insert_or_assign(name, *sequence);
+        return {*volume, true, entry ? entry->record.mappedFile : _mapped_file};
     }
+    const std::optional<NdArray> sequence = data ? data : selectedimageSequence;
+    if (mode != Mode::ImageSequence || !sequence) throw std::runtime_error("No image sequence to import");
+    return {*sequence, false, nullptr};
+}
+
+NdArray ImportSession::importArray(const ImportSource& source, const QString& format, bool keepChannel,
+                                   const Progress& progress)
+{
+    if (!source.volume) return source.array;
+    NdArray out = reformatForImport(source.array, format, keepChannel, progress);
+    if (source.file && source.file->changedOnDisk()) throw std::runtime_error(source.file->changedMessage().toStdString());
+    return out;
+}
+
+void ImportSession::handOver(WorkspaceManager& workspace, const QString& name, const NdArray& array)
+{
+    std::map<QString, NdArray>& variables = workspace.get_workspace_data();
+    variables.insert_or_assign(name, array);
     workspace.update_workspace_data(variables);
+}
+
+void ImportSession::importEntry(int row, const QString& name, Mode shownMode, WorkspaceManager& workspace,
+                                const QString& format, bool keepChannel) const
+{
+    handOver(workspace, name, importArray(importSource(row, shownMode), format, keepChannel));
 }
 
 } // namespace torvex

@@ -5,6 +5,8 @@
 #include "toolboxes/importData/model/ImageLoad.h"
 #include "toolboxes/importData/model/Mode.h"
 #include "toolboxes/importData/volume/NdArray.h"
+#include "toolboxes/importData/volume/Progress.h"
+#include "toolboxes/importData/volume/RawFile.h"
 #include "toolboxes/importData/volume/RawLayout.h"
 
 #include <QByteArray>
@@ -12,6 +14,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <memory>
 #include <optional>
 
 namespace torvex {
@@ -28,7 +31,8 @@ class ImportSession : public QObject {
 public:
     explicit ImportSession(QObject* parent = nullptr);
 
-    std::optional<QByteArray> readedBinary;     // the raw file's bytes
+    std::optional<QByteArray> readedBinary;     // the raw file's bytes (mapped, not copied)
+    std::shared_ptr<const MappedFile> _mapped_file; // the map readedBinary points into
     std::optional<NdArray> prasedData;          // those bytes decoded
     std::optional<NdArray> transferedData;      // ... after axis transfer: what is shown and imported
     std::optional<QStringList> fileList;        // candidate image files
@@ -44,8 +48,12 @@ public:
 
     // A new source starts from nothing: the seven source fields and the checks.
     void resetSource();
-    // Reads a raw file whole; on failure no bytes are held and the reason is thrown.
+    // Maps a raw file (see MappedFile); on failure no bytes are held and the
+    // reason is thrown.
     void openRawFile(const QString& path);
+    // "The file changed on disk while open: ..." when the current raw file
+    // shrank since it was opened (its cut part reads as zeros).
+    std::optional<QString> fileChangedNotice() const;
     // The regular files of a folder, sorted (see sortFiles).
     void openFolder(const QString& folder);
     // The regular files among `paths`, sorted (see sortFiles).
@@ -102,12 +110,24 @@ public:
     // data, source and checks. Returns the entry, or nullptr.
     const EntryStore::Entry* selectEntry(int row);
 
-    // Hands the array of the entry at `row` to the workspace under `name`, in
-    // the axis order of `format` (see reformatForImport). A row without an
-    // entry hands over the current array of `shownMode`. Throws when there is
-    // no array.
+    // What importing the entry at `row` starts from; a row without an entry
+    // starts from the current array of `shownMode`. Throws when there is none.
+    struct ImportSource {
+        NdArray array;
+        bool volume = false;
+        std::shared_ptr<const MappedFile> file; // the raw file the volume views, if any
+    };
+    ImportSource importSource(int row, Mode shownMode) const;
+    // The array handed over, in the axis order of `format` (see
+    // reformatForImport). Safe on any thread. Throws when the raw file
+    // changed on disk meanwhile, so that no zeros pass for data.
+    static NdArray importArray(const ImportSource& source, const QString& format, bool keepChannel,
+                               const Progress& progress = {});
+    // Hands the array of the entry at `row` to the workspace under `name`
+    // (importSource, then importArray).
     void importEntry(int row, const QString& name, Mode shownMode, WorkspaceManager& workspace,
                      const QString& format, bool keepChannel) const;
+    static void handOver(WorkspaceManager& workspace, const QString& name, const NdArray& array);
 };
 
 } // namespace torvex

@@ -2,6 +2,7 @@
 #include "toolboxes/importData/ui/ImportData.h"
 
 #include "toolboxes/importData/model/AppContext.h"
+#include "toolboxes/importData/ui/ProgressRun.h"
 
 #include <QLoggingCategory>
 #include <QMessageBox>
@@ -28,8 +29,17 @@ void ImportData::onImport()
             qCCritical(importLog) << "Workspace manager not available";
             return;
         }
-        _session.importEntry(row, list->item(row)->text(), _mode().value_or(Mode::VolumeData), *manager,
-                             ui->comboBox_out_format->currentText(), ui->checkBox_keepc->isChecked());
+        const ImportSession::ImportSource source = _session.importSource(row, _mode().value_or(Mode::VolumeData));
+        const QString format = ui->comboBox_out_format->currentText();
+        const bool keepChannel = ui->checkBox_keepc->isChecked();
+        NdArray array;
+        const QString name = list->item(row)->text();
+        // A cancelled import hands nothing over: the workspace stays as it was.
+        if (!runWithProgress(this, "Importing " + name + "…", [&](const Progress& progress) {
+                array = ImportSession::importArray(source, format, keepChannel, progress);
+            }))
+            return;
+        ImportSession::handOver(*manager, name, array);
     } catch (const std::exception& e) {
         // Reported on the host's status bar only; the window itself shows nothing.
         if (auto* statusbar = parentApp ? parentApp->findChild<QStatusBar*>(QString(), Qt::FindDirectChildrenOnly)

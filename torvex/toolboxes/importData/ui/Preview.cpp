@@ -14,6 +14,9 @@ void ImportData::_showFrame(PreviewImageItem* item, const NdArray& frame)
 {
     try {
         item->setImage(frame);
+        // A cut page of a shrunk file shows as zeros: say why, and keep saying it.
+        if (item == preview_ImgItem)
+            if (const std::optional<QString> notice = _session.fileChangedNotice()) ui->statusbar->showMessage(*notice);
     } catch (const std::exception& e) {
         item->clear();
         _showError(e);

@@ -1,5 +1,7 @@
 #include "NdArray.h"
 
+#include "toolboxes/importData/volume/RawFile.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -194,10 +196,16 @@ NdArray NdArray::empty(const Shape& shape, DType dtype) { return allocate(shape,
 NdArray NdArray::strided(const QByteArray& bytes, int64_t offset, const Shape& shape, const Shape& byteStrides,
                          DType dtype, ByteOrder order)
 {
-    auto holder = std::make_shared<const QByteArray>(bytes);
     NdArray whole;
-    whole.base_ = reinterpret_cast<const std::byte*>(holder->constData());
-    whole.owner_ = std::move(holder);
+    whole.base_ = reinterpret_cast<const std::byte*>(bytes.constData());
+    // Bytes of a mapped file are held by their map, not by the QByteArray
+    // that merely points at them.
+    whole.owner_ = MappedFile::ownerOf(bytes.constData());
+    if (!whole.owner_) {
+        auto holder = std::make_shared<const QByteArray>(bytes);
+        whole.base_ = reinterpret_cast<const std::byte*>(holder->constData());
+        whole.owner_ = std::move(holder);
+    }
     whole.storageSize_ = bytes.size();
     whole.dtype_ = dtype;
     whole.order_ = order;
@@ -457,6 +465,8 @@ void NdArray::assign(NdArray& dst, const NdArray& src)
 }
 
 NdArray NdArray::copy() const { return astype(dtype_); }
+
+void NdArray::assignFrom(const NdArray& source) { assign(*this, source); }
 
 NdArray NdArray::astype(DType dtype) const
 {

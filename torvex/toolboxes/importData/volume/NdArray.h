@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DType.h"
+#include "Progress.h"
 
 #include <QByteArray>
 #include <QMetaType>
@@ -75,6 +76,8 @@ public:
 
     // Copies: the result is new, C-contiguous and writeable.
     NdArray copy() const;
+    // Copies `source`, of this array's shape, into this writeable array or view.
+    void assignFrom(const NdArray& source);
     NdArray astype(DType dtype) const;
     // The items at `indices` of the first axis. No element is copied here: the
     // result picks them from this array's storage, and is gathered into a new
@@ -123,7 +126,8 @@ int64_t elementCount(const Shape& shape);
 std::string shapeText(const Shape& shape);
 
 // Writes a NumPy .npy file (version 1.0, C order) of any array, views included.
-void saveNpy(const NdArray& array, const QString& path);
+// A cancelled save (see Progress) leaves no file behind, nor a partial one.
+void saveNpy(const NdArray& array, const QString& path, const Progress& progress = {});
 
 template <class Fn> void NdArray::forEach(Fn&& fn) const
 {

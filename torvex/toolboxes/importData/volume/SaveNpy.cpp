@@ -4,6 +4,8 @@
 
 #include <QIODevice>
 
+#include <algorithm>
+
 namespace torvex {
 
 namespace {
@@ -33,7 +35,7 @@ std::string npyShape(const Shape& shape)
 
 } // namespace
 
-void saveNpy(const NdArray& array, const QString& path)
+void saveNpy(const NdArray& array, const QString& path, const Progress& progress)
 {
     static_assert(std::endian::native == std::endian::little, "the .npy writer stores host-order bytes as little-endian");
     std::string header = "{'descr': '" + npyDescr(array.dtype()) + "', 'fortran_order': False, 'shape': " +
@@ -57,10 +59,22 @@ void saveNpy(const NdArray& array, const QString& path)
                     block.is_contiguous() && block.byteOrder() == ByteOrder::Native ? block : block.copy();
                 file.write(reinterpret_cast<const char*>(contiguous.data()), contiguous.nbytes());
             };
-            if (array.ndim() == 0 || array.extent(0) == 0 || array.is_contiguous()) writeBlock(array);
-            else
-                for (int64_t i = 0; i < array.extent(0); ++i) writeBlock(array.index(i));
+            if (array.ndim() == 0 || array.extent(0) == 0) {
+                writeBlock(array);
+                return;
+            }
+            const int64_t frames = array.extent(0), chunk = framesPerChunk(array);
+            reportProgress(progress, 0, frames);
+            for (int64_t first = 0; first < frames; first += chunk) {
+                const int64_t last = std::min(frames, first + chunk);
+                if (array.is_contiguous()) writeBlock(array.slice(0, first, last));
+                else
+                    for (int64_t i = first; i < last; ++i) writeBlock(array.index(i));
+                reportProgress(progress, last, frames);
+            }
         });
+    } catch (const Cancelled&) {
+        throw;
     } catch (const std::runtime_error& e) {
         throw std::runtime_error("Cannot write " + path.toStdString() + ": " + e.what());
     }

@@ -5,6 +5,8 @@
 #include "toolboxes/importData/sequence/PlaceholderFrame.h"
 
 #include "FunctionDialogSteps.h"
+#include "toolboxes/importData/model/AppContext.h"
+#include "toolboxes/importData/ui/ProgressRun.h"
 #include "../support/ModalWatcher.h"
 #include "../support/WaitUntil.h"
 
@@ -201,41 +203,83 @@ TEST(FaultInjection, SavingIntoAReadOnlyFolderLeavesItAsItWas)
     ::chmod(native(dir + "/locked"), 0755);
 }
 
-// A FIFO that nobody writes is turned away at once instead of waited on; a
-// sparse 64 GiB file does not fit a child with a limited address space.
-TEST(FaultInjection, RawFilesThatCannotBeReadWholeGiveAClearError)
+// What cannot be mapped is turned away at once with a clear error, and the
+// window keeps its entry: a FIFO that nobody writes, a device, and in a child
+// with a tight address-space limit a sparse 64 GiB file, which opens at once
+// without that limit.
+TEST(FaultInjection, RawFilesThatCannotBeMappedGiveAClearError)
 {
     QTemporaryDir parentDir;
     const bool child = !childDir().isEmpty();
-    const QString dir = child ? childDir() : parentDir.path(), file = dir + (child ? "/huge.raw" : "/pipe.raw");
+    const QString dir = child ? childDir() : parentDir.path(), huge = dir + "/huge.raw";
     if (child) {
         QFile statm("/proc/self/statm");
         ASSERT_TRUE(statm.open(QIODevice::ReadOnly));
         rlimit limit{};
         ::getrlimit(RLIMIT_AS, &limit);
         limit.rlim_cur = statm.readAll().split(' ').first().toULongLong() * ::sysconf(_SC_PAGESIZE) + (1ull << 30);
-        if (QFileInfo(file).size() <= qint64(limit.rlim_cur)) GTEST_SKIP() << "too much address space in use";
+        if (QFileInfo(huge).size() <= qint64(limit.rlim_cur)) GTEST_SKIP() << "too much address space in use";
         ASSERT_EQ(::setrlimit(RLIMIT_AS, &limit), 0);
     } else {
-        ASSERT_EQ(::mkfifo(native(file), 0600), 0);
+        ASSERT_EQ(::mkfifo(native(dir + "/pipe.raw"), 0600), 0);
         writeFile(dir + "/small.raw", QByteArray(400 * 640, '\x05'));
     }
     {
         ModalWatcher watcher;
         ImportData w;
-        w.openFile(file);
-        EXPECT_EQ(watcher.texts.replaceInStrings(QRegularExpression("\n.*(Not a regular file|memory).*"), "\n\\1"),
-                  QStringList{QString("Error|Error reading file:\n") + (child ? "memory" : "Not a regular file")});
-        EXPECT_FALSE(w.readedBinary);
-        // The window goes on working with a file that fits.
         w.openFile(dir + "/small.raw");
-        EXPECT_EQ(w.prasedData.value_or(NdArray()).shape(), (Shape{1, 640, 400, 1}));
+        for (const QString& file : child ? QStringList{huge} : QStringList{dir + "/pipe.raw", "/dev/zero"})
+            w.openFile(file);
+        const QString error = QString("Error|Error reading file:\n") + (child ? "memory" : "Not a regular file");
+        EXPECT_EQ(watcher.texts.replaceInStrings(QRegularExpression("\n.*(Not a regular file|memory).*"), "\n\\1"),
+                  QStringList(child ? 1 : 2, error));
+        EXPECT_FALSE(w.readedBinary);
+        ASSERT_EQ(w.ui->listWidget_data->count(), 1);
+        w.ui->listWidget_data->setCurrentRow(0);
+        EXPECT_EQ(w.transferedData.value_or(NdArray()).minMax(), std::make_pair(5.0, 5.0));
     }
-    QFile huge(dir + "/huge.raw");
     if (child) return;
-    if (!huge.open(QIODevice::WriteOnly) || !huge.resize(qint64(64) << 30)) GTEST_SKIP() << "no sparse file here";
-    huge.close();
+    QFile sparse(huge);
+    if (!sparse.open(QIODevice::WriteOnly) || !sparse.resize(qint64(64) << 30)) GTEST_SKIP() << "no sparse file here";
+    sparse.close();
+    {
+        ImportData w;
+        w.openFile(huge);
+        EXPECT_EQ(w.readedBinary.value_or(QByteArray()).size(), qint64(64) << 30);
+    }
     expectChildPasses(dir, false);
+}
+
+// A raw file cut while open: frames past the cut show as zeros under a clear
+// status, and an import refuses them, leaving the workspace as it was.
+TEST(FaultInjection, ARawFileCutWhileOpenIsReportedNotCrashedOn)
+{
+    QTemporaryDir dir;
+    const QString path = writeFile(dir.filePath("v.raw"), QByteArray(400 * 640 * 3, '\x05'));
+    AppContext context;
+    ImportData w(nullptr, &context);
+    w.openFile(path);
+    w.ui->spinBox_totalFrame->setValue(3);
+    ASSERT_TRUE(QFile::resize(path, 1000));
+    w.ui->spinBox_frame->setValue(3);
+    EXPECT_TRUE(w.ui->statusbar->currentMessage().startsWith("The file changed on disk while open"));
+    EXPECT_EQ(w.transferedData.value_or(NdArray()).index(2).minMax(), std::make_pair(0.0, 0.0));
+    w.onImport();
+    EXPECT_TRUE(context.get_component("workspace_manager")->get_workspace_data().empty());
+}
+
+// Long work shows a dialog whose Cancel stops it; what the work throws reaches the caller.
+TEST(FaultInjection, LongWorkCanBeCancelledAndFailuresPassThrough)
+{
+    ModalWatcher watcher; // closing the dialog cancels it
+    ImportData w;
+    int64_t reached = 0;
+    EXPECT_FALSE(runWithProgress(&w, "Working", [&](const Progress& progress) {
+        for (;; QThread::msleep(1)) reportProgress(progress, ++reached, 1 << 30);
+    }));
+    EXPECT_GT(reached, 100);
+    EXPECT_EQ(failure([&] { runWithProgress(&w, "", [](const Progress&) { throw std::runtime_error("disk full"); }); }),
+              "disk full");
 }
 
 // Follows every load that a window starts from now on, caught when the window

@@ -80,6 +80,10 @@ TEST(Progress, CancelledPassesLeaveNothingBehind)
     const NdArray stack = *decodeRawVolume(file->bytes(), kFrames);
     const auto stopAtHalf = [](int64_t done, int64_t total) { return done * 2 < total; };
     EXPECT_THROW(copyWithProgress(stack, stopAtHalf), Cancelled);
+    for (const RawLayout& copied : {RawLayout{.imgType = "1-bit Bitmap", .width = kSide, .height = 8, .frame = 4096},
+                                    RawLayout{.imgType = "32-bit ARGB", .width = kSide, .height = kSide / 4, .frame = 4,
+                                              .littleEndian = true, .colorOrder = "ABCABC"}})
+        EXPECT_THROW(decodeRawVolume(file->bytes(), copied, stopAtHalf), Cancelled) << copied.imgType.toStdString();
     const QString fresh = dir.filePath("fresh.npy"), old = test::writeFile(dir.filePath("old.npy"), "earlier");
     EXPECT_THROW(saveNpy(stack.transpose({1, 0, 2, 3}), fresh, stopAtHalf), Cancelled);
     EXPECT_THROW(saveNpy(stack, old, stopAtHalf), Cancelled);

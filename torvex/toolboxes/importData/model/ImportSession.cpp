@@ -110,11 +110,11 @@ std::optional<QString> ImportSession::missingFilesNotice() const
     return missingNumbersMessage(*gap);
 }
 
-void ImportSession::decode(const RawLayout& layout)
+void ImportSession::decode(const RawLayout& layout, const Progress& progress)
 {
     if (!findImageType(layout.imgType)) return;
     try {
-        prasedData = decodeRawVolume(readedBinary.value_or(QByteArray()), layout);
+        prasedData = decodeRawVolume(readedBinary.value_or(QByteArray()), layout, progress);
     } catch (...) {
         prasedData.reset();
         throw;

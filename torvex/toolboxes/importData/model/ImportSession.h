@@ -63,8 +63,8 @@ public:
     void setNaturalOrder(bool natural);
 
     // Decodes the raw bytes by `layout`; an unknown type changes nothing. A
-    // failure leaves no decoded array and is thrown.
-    void decode(const RawLayout& layout);
+    // failure or a cancel (see Progress) leaves no decoded array and is thrown.
+    void decode(const RawLayout& layout, const Progress& progress = {});
     // The decoded array with the panel's permutation and flips applied to it
     // (views: no pixel is copied). A failure leaves none and is thrown.
     void transfer(const QString& permute, bool hflip, bool vflip);

@@ -5,6 +5,7 @@
 #include "toolboxes/importData/volume/ImageTypes.h"
 
 #include "toolboxes/importData/ui/PreviewImageItem.h"
+#include "toolboxes/importData/ui/ProgressRun.h"
 
 #include <QLabel>
 
@@ -14,10 +15,15 @@ void ImportData::praseStackImages(const QString& imgType, int offset, int gap, i
                                   bool littleEndian, const QString& readOrder, const QString& colorOrder,
                                   bool bigEndian)
 {
+    const RawLayout layout{.imgType = imgType, .offset = offset, .gap = gap, .width = width, .height = height,
+                           .frame = frame, .littleEndian = littleEndian, .bigEndian = bigEndian,
+                           .readOrder = readOrder, .colorOrder = colorOrder};
     try {
-        _session.decode({.imgType = imgType, .offset = offset, .gap = gap, .width = width, .height = height,
-                         .frame = frame, .littleEndian = littleEndian, .bigEndian = bigEndian, .readOrder = readOrder,
-                         .colorOrder = colorOrder});
+        // Most layouts are views and decode at once; colour orders without one
+        // channel step and bitmaps are copies, long for a large file.
+        if (!runWithProgress(this, "Decoding the frames…",
+                             [&](const Progress& progress) { _session.decode(layout, progress); }))
+            ui->statusbar->showMessage("Decoding cancelled", 5000);
     } catch (const std::exception& e) {
         _showError(e);
     }

@@ -28,7 +28,7 @@ std::runtime_error reshapeError(int64_t values, const Shape& shape)
 
 } // namespace
 
-NdArray decodeBitmap(const QByteArray& bytes, const RawLayout& p)
+NdArray decodeBitmap(const QByteArray& bytes, const RawLayout& p, const Progress& progress)
 {
     checkNonNegative(p.offset, p.gap, p.width, p.height);
     const int64_t pixels = saturatingMul(p.width, p.height);
@@ -48,9 +48,12 @@ NdArray decodeBitmap(const QByteArray& bytes, const RawLayout& p)
     auto* dst = reinterpret_cast<uint8_t*>(out.mutableData());
     const auto* src = reinterpret_cast<const uint8_t*>(bytes.constData());
     const auto& table = bitTable();
+    const int64_t chunk = framesPerChunk(out);
+    reportProgress(progress, 0, p.frame);
     for (int64_t i = 0; range.frameBytes() > 0 && i < p.frame; ++i) {
         const uint8_t* frame = src + p.offset + i * range.frameStride();
         for (int64_t b = 0; b < range.frameBytes(); ++b, dst += 8) std::memcpy(dst, table[frame[b]].data(), 8);
+        if ((i + 1) % chunk == 0 || i + 1 == p.frame) reportProgress(progress, i + 1, p.frame);
     }
     return out;
 }

@@ -1,6 +1,7 @@
 #include "FrameRange.h"
 #include "RawDecoder.h"
 
+#include <algorithm>
 #include <vector>
 
 namespace torvex {
@@ -34,7 +35,8 @@ std::optional<int64_t> evenStep(const std::vector<int64_t>& sources)
 
 } // namespace
 
-NdArray decodeColor(const QByteArray& bytes, const RawLayout& p, const QString& colorType, int bytesPerPixel)
+NdArray decodeColor(const QByteArray& bytes, const RawLayout& p, const QString& colorType, int bytesPerPixel,
+                    const Progress& progress)
 {
     checkNonNegative(p.offset, p.gap, p.width, p.height);
     const int64_t k = bytesPerPixel;
@@ -65,12 +67,21 @@ NdArray decodeColor(const QByteArray& bytes, const RawLayout& p, const QString& 
                                 {frameStrides[0], frameStrides[1], frameStrides[2], *step * sourceUnit},
                                 DType::UInt8);
     }
-    // No single channel stride reaches these sources: gather the channels.
-    std::vector<NdArray> channels;
-    for (int64_t source : sources)
-        channels.push_back(NdArray::strided(bytes, p.offset + source * sourceUnit, {p.frame, p.height, p.width},
-                                            frameStrides, DType::UInt8));
-    return NdArray::stack(channels, 3);
+    // No single channel stride reaches these sources: gather the channels,
+    // chunk by chunk of frames.
+    NdArray out = NdArray::empty({p.frame, p.height, p.width, k}, DType::UInt8);
+    const int64_t chunk = framesPerChunk(out);
+    reportProgress(progress, 0, p.frame);
+    for (int64_t first = 0; first < p.frame; first += chunk) {
+        const int64_t last = std::min<int64_t>(p.frame, first + chunk);
+        for (int64_t c = 0; c < k; ++c) {
+            NdArray channel = out.slice(0, first, last).slice(3, c, c + 1).squeeze(3);
+            channel.assignFrom(NdArray::strided(bytes, p.offset + sources[c] * sourceUnit + first * frameStrides[0],
+                                                {last - first, p.height, p.width}, frameStrides, DType::UInt8));
+        }
+        reportProgress(progress, last, p.frame);
+    }
+    return out;
 }
 
 } // namespace torvex

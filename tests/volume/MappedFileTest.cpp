@@ -24,21 +24,6 @@ QString writeFrames(const QTemporaryDir& dir)
     return test::writeFile(dir.filePath("frames.raw"), bytes);
 }
 
-std::pair<double, double> range(const NdArray& a) { return a.minMax(); }
-
-TEST(MappedFile, ViewsKeepTheMapAliveAndDecodeWithoutCopying)
-{
-    QTemporaryDir dir;
-    std::shared_ptr<const MappedFile> file = MappedFile::open(writeFrames(dir));
-    const NdArray stack = *decodeRawVolume(file->bytes(), kFrames);
-    EXPECT_EQ(stack.data(), reinterpret_cast<const std::byte*>(file->bytes().constData()));
-    const void* start = file->bytes().constData();
-    file.reset();
-    ASSERT_NE(MappedFile::ownerOf(start), nullptr); // still held by the view
-    EXPECT_EQ(range(stack.index(3)), std::make_pair(4.0, 4.0));
-    EXPECT_FALSE(stack.writeable());
-}
-
 // A file cut while open: the cut part reads as zeros, whether a frame is shown
 // or a whole copy runs over it, and the map says the file changed.
 TEST(MappedFile, AFileCutWhileOpenReadsZerosAndSaysSo)
@@ -51,32 +36,21 @@ TEST(MappedFile, AFileCutWhileOpenReadsZerosAndSaysSo)
     ASSERT_TRUE(QFile::resize(path, kSide * kSide + 100)); // frame 1 and a bit of frame 2 stay
     int64_t chunks = 0;
     const NdArray copy = copyWithProgress(stack, [&](int64_t, int64_t) { return ++chunks > 0; });
-    EXPECT_EQ(range(copy.index(0)), std::make_pair(1.0, 1.0));
-    EXPECT_EQ(range(copy.index(1)), std::make_pair(0.0, 2.0));
-    EXPECT_EQ(range(copy.index(3)), std::make_pair(0.0, 0.0));
-    EXPECT_EQ(range(stack.index(2)), std::make_pair(0.0, 0.0));
+    EXPECT_EQ(copy.index(0).minMax(), std::make_pair(1.0, 1.0));
+    EXPECT_EQ(copy.index(1).minMax(), std::make_pair(0.0, 2.0));
+    EXPECT_EQ(copy.index(3).minMax(), std::make_pair(0.0, 0.0));
+    EXPECT_EQ(stack.index(2).minMax(), std::make_pair(0.0, 0.0));
     EXPECT_TRUE(file->changedOnDisk());
     EXPECT_TRUE(file->changedMessage().contains("changed on disk while open"));
     EXPECT_GT(chunks, 1);
 }
 
-TEST(MappedFile, WhatCannotBeMappedIsTurnedAwayWithItsReason)
-{
-    QTemporaryDir dir;
-    const QString fifo = dir.filePath("pipe.raw");
-    ASSERT_EQ(::mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
-    for (const auto& [path, reason] : {std::pair{fifo, "Not a regular file"}, {QString("/dev/zero"), "Not a regular file"},
-                                       {dir.path(), "Is a directory"}, {dir.filePath("none"), "No such file"}})
-        EXPECT_TRUE(QString::fromStdString(test::failure([&] { MappedFile::open(path); })).contains(reason)) << path.toStdString();
-    EXPECT_TRUE(MappedFile::open(test::writeFile(dir.filePath("empty.raw"), {}))->bytes().isEmpty());
-}
-
-// Stopped passes: the copy throws, the save leaves neither a new file nor a
-// changed old one; a finished save reports every frame.
+// Stopped passes: copies throw, a save leaves neither a new file nor a changed
+// old one. The map outlives the opener while arrays made over it live.
 TEST(Progress, CancelledPassesLeaveNothingBehind)
 {
     QTemporaryDir dir;
-    const std::shared_ptr<const MappedFile> file = MappedFile::open(writeFrames(dir));
+    std::shared_ptr<const MappedFile> file = MappedFile::open(writeFrames(dir));
     const NdArray stack = *decodeRawVolume(file->bytes(), kFrames);
     const auto stopAtHalf = [](int64_t done, int64_t total) { return done * 2 < total; };
     EXPECT_THROW(copyWithProgress(stack, stopAtHalf), Cancelled);
@@ -84,15 +58,14 @@ TEST(Progress, CancelledPassesLeaveNothingBehind)
                                     RawLayout{.imgType = "32-bit ARGB", .width = kSide, .height = kSide / 4, .frame = 4,
                                               .littleEndian = true, .colorOrder = "ABCABC"}})
         EXPECT_THROW(decodeRawVolume(file->bytes(), copied, stopAtHalf), Cancelled) << copied.imgType.toStdString();
+    file.reset(); // the views alone hold the map now
     const QString fresh = dir.filePath("fresh.npy"), old = test::writeFile(dir.filePath("old.npy"), "earlier");
     EXPECT_THROW(saveNpy(stack.transpose({1, 0, 2, 3}), fresh, stopAtHalf), Cancelled);
     EXPECT_THROW(saveNpy(stack, old, stopAtHalf), Cancelled);
     EXPECT_FALSE(QFile::exists(fresh));
     EXPECT_EQ(test::readFile(old), "earlier");
-    std::vector<int64_t> told;
-    saveNpy(stack, fresh, [&](int64_t done, int64_t) { return told.push_back(done), true; });
-    EXPECT_EQ(told.back(), 4);
-    EXPECT_EQ(QFileInfo(fresh).size(), 128 + 4 * kSide * kSide);
+    saveNpy(stack, fresh, [](int64_t, int64_t) { return true; });
+    EXPECT_EQ(test::readFile(fresh).right(kSide * kSide), QByteArray(kSide * kSide, 4));
 }
 
 } // namespace

@@ -1,0 +1,78 @@
+// Guessing a headerless file's layout from its name, size and data.
+#include "toolboxes/importData/volume/LayoutGuess.h"
+
+#include "../support/TempFiles.h"
+
+using namespace torvex;
+
+namespace {
+
+// Frames of a smooth bump that drifts from frame to frame, plus noise, over the
+// type's range, as NumPy writes them (astype(...).tofile), behind a header of random bytes.
+constexpr const char* kWriteFiles = R"(
+import sys, numpy as np
+rng = np.random.default_rng(7)
+for spec in sys.argv[2:]:
+    name, dt, w, h, f, head = spec.split(':'); w, h, f, head = int(w), int(h), int(f), int(head)
+    y, x = np.mgrid[0:h, 0:w]
+    bump = np.hypot(x - 0.4 * w, y - 0.55 * h); bump = bump / bump.max()
+    v = np.stack([0.1 + bump * 0.7 + 0.03 * i for i in range(f)]) + rng.normal(0, 0.002, (f, h, w))
+    t = np.dtype(dt)
+    lo, hi = (-1.5, 2.5) if t.kind == 'f' else (5, 250) if t.itemsize == 1 else (0, min(np.iinfo(t).max, 4e6)) \
+        if t.kind == 'u' else (max(np.iinfo(t).min, -2e6), min(np.iinfo(t).max, 2e6))
+    with open(sys.argv[1] + '/' + name, 'wb') as out:
+        out.write(rng.integers(0, 256, head, dtype=np.uint8).tobytes())
+        (lo + (hi - lo) * v).astype(t).tofile(out)
+)";
+
+struct Case {
+    const char* file; // name:dtype:width:height:frames:header bytes
+    const char* summary;
+};
+
+TEST(LayoutGuess, FindsTypeOrderAndSizesInDataAndNamesWin)
+{
+    const Case cases[] = {
+        {"a:u1:96:70:4:0", "Guessed 8-bit, 96 x 70 x 4, little endian, from the file size and the data"},
+        {"b:u1:120:90:1:0", "Guessed 8-bit, 120 x 90 x 1, little endian, from the file size and the data"},
+        {"c:<u2:128:50:6:0", "Guessed 16-bit Unsigned, 128 x 50 x 6, little endian, from the file size and the data"},
+        {"d:>u2:128:50:6:64", "Guessed 16-bit Unsigned, 128 x 50 x 6 after 64 header bytes, big endian, from the file size and the data"},
+        {"e:<i2:80:60:3:0", "Guessed 16-bit Signed, 80 x 60 x 3, little endian, from the file size and the data"},
+        {"f:>i2:80:60:3:17", "Guessed 16-bit Signed, 80 x 60 x 3 after 17 header bytes, big endian, from the file size and the data"},
+        {"g:<u4:64:40:5:100", "Guessed 32-bit Unsigned, 64 x 40 x 5 after 100 header bytes, little endian, from the file size and the data"},
+        {"h:>i4:64:40:5:0", "Guessed 32-bit Signed, 64 x 40 x 5, big endian, from the file size and the data"},
+        {"i:<f4:100:30:4:0", "Guessed 32-bit Real, 100 x 30 x 4, little endian, from the file size and the data"},
+        {"j:>f8:50:40:3:32", "Guessed 64-bit Real, 50 x 40 x 3 after 32 header bytes, big endian, from the file size and the data"},
+        {"scan_96x70x4_u16_be.raw:>u2:96:70:4:0", "Guessed 16-bit Unsigned, 96 x 70 x 4, big endian, from the file name"},
+        {"w64_h100_d4.raw:<u2:100:64:4:0", "Guessed 16-bit Unsigned, 64 x 100 x 4, little endian, from the file name, the file size and the data"},
+        {"cube_f32.bin:<f4:70:70:3:0", "Guessed 32-bit Real, 70 x 70 x 3, little endian, from the file name, the file size and the data"},
+    };
+    QTemporaryDir dir;
+    QStringList specs;
+    for (const Case& c : cases) specs << c.file;
+    test::runPython(kWriteFiles, QStringList{dir.path()} + specs);
+    for (const Case& c : cases) {
+        const QString name = QString(c.file).section(':', 0, 0);
+        const LayoutGuess guess = guessLayout(name, test::readFile(dir.filePath(name)));
+        EXPECT_EQ(guess.layout ? guess.layout->summary() : guess.reason, QString(c.summary)) << c.file;
+    }
+}
+
+TEST(LayoutGuess, GivesAReasonForFilesWithoutALayout)
+{
+    QByteArray noise(200000, '\0');
+    for (char& b : noise) b = static_cast<char>(std::rand());
+    const std::pair<QByteArray, const char*> cases[] = {
+        {"", "the file is empty"},
+        {"x", "the file is too small to show a pattern"},
+        {noise, "its bytes look like noise under every image type"},
+        {QByteArray(4096, '\0'), "its values do not vary under any image type"},
+    };
+    for (const auto& [bytes, reason] : cases) {
+        const LayoutGuess guess = guessLayout("data.raw", bytes);
+        EXPECT_FALSE(guess.layout) << reason;
+        EXPECT_EQ(guess.reason, QString(reason));
+    }
+}
+
+} // namespace

@@ -1,0 +1,84 @@
+#include "RepeatLength.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace torvex {
+
+namespace {
+
+constexpr int kStarts = 64;
+constexpr int64_t kRowRun = 16;
+constexpr int64_t kFrameRun = 64;
+// Values a repeat apart differ much less than values at most strides do.
+constexpr double kBelowMedian = 0.7;
+constexpr double kBelowPeak = 0.5;
+
+double mean(const std::vector<double>& values)
+{
+    double sum = 0;
+    for (double v : values) sum += v;
+    return sum / static_cast<double>(values.size());
+}
+
+// Mean absolute difference of values `stride` units apart, for strides 1 to maxStride (index 0 unused).
+std::vector<double> strideDifferences(const ElementSampler& sampler, int64_t unit, int64_t maxStride)
+{
+    // Rows of rows are compared by their shape, not their level: frames of
+    // one scene often differ in overall brightness.
+    const bool byShape = unit > 1;
+    const int64_t run = byShape ? std::min(kFrameRun, unit) : kRowRun;
+    const int64_t lastStart = sampler.count() - maxStride * unit - run;
+    std::vector<double> sums(static_cast<size_t>(maxStride + 1), 0.0);
+    std::vector<int64_t> pairs(sums.size(), 0);
+    std::vector<double> base(static_cast<size_t>(run)), shifted(base.size());
+    for (int i = 0; i < kStarts; ++i) {
+        const int64_t start = lastStart * (i + 1) / kStarts; // past where a header would be
+        sampler.decode(start, run, base.data());
+        const double baseLevel = byShape ? mean(base) : 0;
+        for (int64_t stride = 1; stride <= maxStride; ++stride) {
+            sampler.decode(start + stride * unit, run, shifted.data());
+            const double shift = byShape ? mean(shifted) - baseLevel : 0;
+            for (int64_t r = 0; r < run; ++r)
+                if (const double d = std::fabs(shifted[r] - base[r] - shift); std::isfinite(d))
+                    sums[stride] += d, ++pairs[stride];
+        }
+    }
+    for (size_t s = 1; s < sums.size(); ++s) sums[s] = pairs[s] ? sums[s] / static_cast<double>(pairs[s]) : NAN;
+    return sums;
+}
+
+} // namespace
+
+std::optional<int64_t> repeatLength(const ElementSampler& sampler, int64_t unit, int64_t maxStride)
+{
+    maxStride = std::min(maxStride, (sampler.count() - std::max(kFrameRun, unit)) / unit);
+    if (maxStride < 3) return std::nullopt;
+    const std::vector<double> d = strideDifferences(sampler, unit, maxStride);
+
+    std::vector<double> sorted;
+    for (size_t s = 2; s < d.size(); ++s)
+        if (std::isfinite(d[s])) sorted.push_back(d[s]);
+    if (sorted.empty()) return std::nullopt;
+    std::ranges::nth_element(sorted, sorted.begin() + sorted.size() / 2);
+    const double median = sorted[sorted.size() / 2];
+
+    // Near strides differ little too (neighbours are alike), so a repeat is
+    // the lowest point of the first valley that falls well below the peak before it.
+    double peak = 0;
+    const auto inValley = [&](int64_t s) { return d[s] <= kBelowMedian * median && d[s] <= kBelowPeak * peak; };
+    for (int64_t s = 2; s <= maxStride; ++s) {
+        if (!inValley(s)) {
+            peak = std::max(peak, d[s]);
+            continue;
+        }
+        int64_t lowest = s;
+        for (; s <= maxStride && inValley(s); ++s)
+            if (d[s] < d[lowest]) lowest = s;
+        return s <= maxStride ? std::optional(lowest) : std::nullopt; // the valley must close to show its lowest point
+    }
+    return std::nullopt;
+}
+
+} // namespace torvex

@@ -26,26 +26,29 @@ for spec in sys.argv[2:]:
 )";
 
 struct Case {
-    const char* file; // name:dtype:width:height:frames:header bytes
-    const char* summary;
+    const char* file;    // name:dtype:width:height:frames:header bytes
+    const char* guessed; // the summary between "Guessed " and " endian, from "
+    const char* from = "the file size and the data";
 };
 
 TEST(LayoutGuess, FindsTypeOrderAndSizesInDataAndNamesWin)
 {
+    const char* all = "the file name, the file size and the data";
     const Case cases[] = {
-        {"a:u1:96:70:4:0", "Guessed 8-bit, 96 x 70 x 4, little endian, from the file size and the data"},
-        {"b:u1:120:90:1:0", "Guessed 8-bit, 120 x 90 x 1, little endian, from the file size and the data"},
-        {"c:<u2:128:50:6:0", "Guessed 16-bit Unsigned, 128 x 50 x 6, little endian, from the file size and the data"},
-        {"d:>u2:128:50:6:64", "Guessed 16-bit Unsigned, 128 x 50 x 6 after 64 header bytes, big endian, from the file size and the data"},
-        {"e:<i2:80:60:3:0", "Guessed 16-bit Signed, 80 x 60 x 3, little endian, from the file size and the data"},
-        {"f:>i2:80:60:3:17", "Guessed 16-bit Signed, 80 x 60 x 3 after 17 header bytes, big endian, from the file size and the data"},
-        {"g:<u4:64:40:5:100", "Guessed 32-bit Unsigned, 64 x 40 x 5 after 100 header bytes, little endian, from the file size and the data"},
-        {"h:>i4:64:40:5:0", "Guessed 32-bit Signed, 64 x 40 x 5, big endian, from the file size and the data"},
-        {"i:<f4:100:30:4:0", "Guessed 32-bit Real, 100 x 30 x 4, little endian, from the file size and the data"},
-        {"j:>f8:50:40:3:32", "Guessed 64-bit Real, 50 x 40 x 3 after 32 header bytes, big endian, from the file size and the data"},
-        {"scan_96x70x4_u16_be.raw:>u2:96:70:4:0", "Guessed 16-bit Unsigned, 96 x 70 x 4, big endian, from the file name"},
-        {"w64_h100_d4.raw:<u2:100:64:4:0", "Guessed 16-bit Unsigned, 64 x 100 x 4, little endian, from the file name, the file size and the data"},
-        {"cube_f32.bin:<f4:70:70:3:0", "Guessed 32-bit Real, 70 x 70 x 3, little endian, from the file name, the file size and the data"},
+        {"a:u1:96:70:4:0", "8-bit, 96 x 70 x 4, little"},
+        {"b:u1:120:90:1:0", "8-bit, 120 x 90 x 1, little"},
+        {"c:<u2:128:50:6:0", "16-bit Unsigned, 128 x 50 x 6, little"},
+        {"d:>u2:128:50:6:64", "16-bit Unsigned, 128 x 50 x 6 after 64 header bytes, big"},
+        {"e:<i2:80:60:3:0", "16-bit Signed, 80 x 60 x 3, little"},
+        {"f:>i2:80:60:3:17", "16-bit Signed, 80 x 60 x 3 after 17 header bytes, big"},
+        {"g:<u4:64:40:5:100", "32-bit Unsigned, 64 x 40 x 5 after 100 header bytes, little"},
+        {"h:>i4:64:40:5:0", "32-bit Signed, 64 x 40 x 5, big"},
+        {"i:<f4:100:30:4:0", "32-bit Real, 100 x 30 x 4, little"},
+        {"j:>f8:50:40:3:32", "64-bit Real, 50 x 40 x 3 after 32 header bytes, big"},
+        {"scan_96x70x4_u16_be.raw:>u2:96:70:4:0", "16-bit Unsigned, 96 x 70 x 4, big", "the file name"},
+        // The name wins over the data's 100 x 64.
+        {"w64_h100_d4.raw:<u2:100:64:4:0", "16-bit Unsigned, 64 x 100 x 4, little", all},
+        {"cube_f32.bin:<f4:70:70:3:0", "32-bit Real, 70 x 70 x 3, little", all},
     };
     QTemporaryDir dir;
     QStringList specs;
@@ -54,7 +57,9 @@ TEST(LayoutGuess, FindsTypeOrderAndSizesInDataAndNamesWin)
     for (const Case& c : cases) {
         const QString name = QString(c.file).section(':', 0, 0);
         const LayoutGuess guess = guessLayout(name, test::readFile(dir.filePath(name)));
-        EXPECT_EQ(guess.layout ? guess.layout->summary() : guess.reason, QString(c.summary)) << c.file;
+        EXPECT_EQ(guess.layout ? guess.layout->summary() : guess.reason,
+                  QString("Guessed %1 endian, from %2").arg(c.guessed, c.from))
+            << c.file;
     }
 }
 

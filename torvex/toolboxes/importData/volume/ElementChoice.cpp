@@ -66,8 +66,9 @@ Score score(const ElementSampler& sampler)
 // byte boundary, and unsigned where signed steps no smaller.
 ElementReading plainest(std::vector<Score> near)
 {
-    const int smallest = std::ranges::min_element(near, {}, [](const Score& s) { return s.reading.size(); })->reading.size();
-    std::erase_if(near, [&](const Score& s) { return s.reading.size() != smallest; });
+    const auto size = [](const Score& s) { return s.reading.size(); };
+    const int smallest = size(*std::ranges::min_element(near, {}, size));
+    std::erase_if(near, [&](const Score& s) { return size(s) != smallest; });
     if (std::ranges::any_of(near, [](const Score& s) { return isFloat(s.reading.dtype); }))
         std::erase_if(near, [](const Score& s) { return !isFloat(s.reading.dtype); });
     const double best = std::ranges::min_element(near, {}, &Score::step)->step;

@@ -102,7 +102,8 @@ LayoutGuess guessLayout(const QString& fileName, QByteArrayView bytes)
     // Row length, rows per frame, then frames: what the name gives, else the data, else what is left.
     if (hints.width) {
         g.width = *hints.width;
-    } else if (const std::optional<int64_t> width = repeatLength(sampler, 1, std::min(kMaxWidth, sampler.count() / 3))) {
+    } else if (const std::optional<int64_t> width =
+                   firstRepeat(repeats(sampler, 1, std::min(kMaxWidth, sampler.count() / 3)))) {
         g.width = *width;
         g.fromData = true;
     } else {
@@ -114,7 +115,8 @@ LayoutGuess guessLayout(const QString& fileName, QByteArrayView bytes)
     } else if (hints.frames) {
         g.height = rows / *hints.frames;
         g.fromSize = true;
-    } else if (const std::optional<int64_t> height = repeatLength(sampler, g.width, std::min(kMaxHeight, rows * 2 / 3))) {
+    } else if (const std::optional<int64_t> height =
+                   closestRepeat(repeats(sampler, g.width, std::min(kMaxHeight, rows * 2 / 3)))) {
         g.height = *height;
         g.fromData = true;
     } else {
@@ -125,7 +127,8 @@ LayoutGuess guessLayout(const QString& fileName, QByteArrayView bytes)
     if (frameBytes == 0 || frameBytes > fileBytes) return nothing("one frame needs more bytes than the file has");
     if (hints.frames) {
         g.frames = *hints.frames;
-        if (product(g.frames, frameBytes) > fileBytes) return nothing("the named dimensions need more bytes than the file has");
+        if (product(g.frames, frameBytes) > fileBytes)
+            return nothing("the named dimensions need more bytes than the file has");
     } else {
         g.frames = (fileBytes - reading.phase) / frameBytes;
         g.fromSize = true;

@@ -14,6 +14,8 @@ constexpr int64_t kFrameRun = 64;
 // Values a repeat apart differ much less than values at most strides do.
 constexpr double kBelowMedian = 0.7;
 constexpr double kBelowPeak = 0.5;
+// A repeat this close to the closest is as good, and the shorter one wins (a frame, not two).
+constexpr double kAsClose = 1.2;
 
 double mean(const std::vector<double>& values)
 {
@@ -51,21 +53,22 @@ std::vector<double> strideDifferences(const ElementSampler& sampler, int64_t uni
 
 } // namespace
 
-std::optional<int64_t> repeatLength(const ElementSampler& sampler, int64_t unit, int64_t maxStride)
+std::vector<Repeat> repeats(const ElementSampler& sampler, int64_t unit, int64_t maxStride)
 {
     maxStride = std::min(maxStride, (sampler.count() - std::max(kFrameRun, unit)) / unit);
-    if (maxStride < 3) return std::nullopt;
+    if (maxStride < 3) return {};
     const std::vector<double> d = strideDifferences(sampler, unit, maxStride);
 
     std::vector<double> sorted;
     for (size_t s = 2; s < d.size(); ++s)
         if (std::isfinite(d[s])) sorted.push_back(d[s]);
-    if (sorted.empty()) return std::nullopt;
+    if (sorted.empty()) return {};
     std::ranges::nth_element(sorted, sorted.begin() + sorted.size() / 2);
     const double median = sorted[sorted.size() / 2];
 
     // Near strides differ little too (neighbours are alike), so a repeat is
-    // the lowest point of the first valley that falls well below the peak before it.
+    // the lowest point of a valley that falls well below the peak before it.
+    std::vector<Repeat> found;
     double peak = 0;
     const auto inValley = [&](int64_t s) { return d[s] <= kBelowMedian * median && d[s] <= kBelowPeak * peak; };
     for (int64_t s = 2; s <= maxStride; ++s) {
@@ -76,9 +79,23 @@ std::optional<int64_t> repeatLength(const ElementSampler& sampler, int64_t unit,
         int64_t lowest = s;
         for (; s <= maxStride && inValley(s); ++s)
             if (d[s] < d[lowest]) lowest = s;
-        return s <= maxStride ? std::optional(lowest) : std::nullopt; // the valley must close to show its lowest point
+        if (s <= maxStride) found.push_back({lowest, d[lowest] / median}); // a valley closed, so its lowest point shows
+        peak = 0; // the next valley needs a rise of its own
+        --s;
     }
-    return std::nullopt;
+    return found;
+}
+
+std::optional<int64_t> firstRepeat(const std::vector<Repeat>& found)
+{
+    return found.empty() ? std::nullopt : std::optional(found.front().stride);
+}
+
+std::optional<int64_t> closestRepeat(const std::vector<Repeat>& found)
+{
+    if (found.empty()) return std::nullopt;
+    const double best = std::ranges::min_element(found, {}, &Repeat::difference)->difference;
+    return std::ranges::find_if(found, [&](const Repeat& r) { return r.difference <= kAsClose * best; })->stride;
 }
 
 } // namespace torvex

@@ -45,6 +45,8 @@ TEST(LayoutGuess, FindsTypeOrderAndSizesInDataAndNamesWin)
         {"h:>i4:64:40:5:0", "32-bit Signed, 64 x 40 x 5, big"},
         {"i:<f4:100:30:4:0", "32-bit Real, 100 x 30 x 4, little"},
         {"j:>f8:50:40:3:32", "64-bit Real, 50 x 40 x 3 after 32 header bytes, big"},
+        {"k:u1:300:200:2:512", "8-bit, 300 x 200 x 2 after 512 header bytes, little"},
+        {"l:>f4:128:96:3:10", "32-bit Real, 128 x 96 x 3 after 10 header bytes, big"},
         {"scan_96x70x4_u16_be.raw:>u2:96:70:4:0", "16-bit Unsigned, 96 x 70 x 4, big", "the file name"},
         // The name wins over the data's 100 x 64.
         {"w64_h100_d4.raw:<u2:100:64:4:0", "16-bit Unsigned, 64 x 100 x 4, little", all},

@@ -12,8 +12,7 @@ constexpr int64_t kBlockLength = 512;
 constexpr int64_t kFewestElements = 64;
 // Above this, neighbours differ about as much as any two values: noise.
 constexpr double kNoiseRoughness = 0.6;
-// Readings this much rougher than the smoothest still count as smooth: a
-// 16-bit image read as 32-bit pairs is smooth too, and the smaller type wins.
+// Readings this much rougher than the smoothest still count as smooth.
 constexpr double kNearSmoothest = 1.5;
 constexpr double kTie = 1.02;
 
@@ -60,20 +59,24 @@ Score score(const ElementSampler& sampler)
     return s;
 }
 
-// Of readings about as smooth, the plainest: the smallest element, a float
-// where floats read sensibly; then, as these read the same bytes on one
-// scale, the smallest steps, so that values do not wrap at a sign or a
-// byte boundary, and unsigned where signed steps no smaller.
-ElementReading plainest(std::vector<Score> near)
+// The element size is the smallest that reads about as smooth as the
+// smoothest reading: a 16-bit image read as 32-bit pairs is smooth too.
+// Within it, a float where floats read sensibly and smoothly: integers read
+// from floats that cross zero wrap, which hides their roughness. Then, as
+// these read the same bytes on one scale, the smallest steps, so that values
+// do not wrap at a sign or a byte boundary, and unsigned where signed steps no smaller.
+ElementReading plainest(std::vector<Score> scores, double smoothest)
 {
     const auto size = [](const Score& s) { return s.reading.size(); };
-    const int smallest = size(*std::ranges::min_element(near, {}, size));
-    std::erase_if(near, [&](const Score& s) { return size(s) != smallest; });
-    if (std::ranges::any_of(near, [](const Score& s) { return isFloat(s.reading.dtype); }))
-        std::erase_if(near, [](const Score& s) { return !isFloat(s.reading.dtype); });
-    const double best = std::ranges::min_element(near, {}, &Score::step)->step;
-    std::erase_if(near, [&](const Score& s) { return s.step > best * kTie; });
-    return std::ranges::min_element(near, {}, [](const Score& s) { return isSigned(s.reading.dtype); })->reading;
+    int smallest = 8;
+    for (const Score& s : scores)
+        if (s.roughness <= smoothest * kNearSmoothest) smallest = std::min(smallest, size(s));
+    std::erase_if(scores, [&](const Score& s) { return size(s) != smallest || s.roughness > kNoiseRoughness; });
+    if (std::ranges::any_of(scores, [](const Score& s) { return isFloat(s.reading.dtype); }))
+        std::erase_if(scores, [](const Score& s) { return !isFloat(s.reading.dtype); });
+    const double best = std::ranges::min_element(scores, {}, &Score::step)->step;
+    std::erase_if(scores, [&](const Score& s) { return s.step > best * kTie; });
+    return std::ranges::min_element(scores, {}, [](const Score& s) { return isSigned(s.reading.dtype); })->reading;
 }
 
 } // namespace
@@ -95,8 +98,7 @@ ElementChoice chooseElementReading(QByteArrayView bytes, const std::vector<DType
     if (scores.empty()) return {std::nullopt, "its values do not vary under any image type"};
     const double smoothest = std::ranges::min_element(scores, {}, &Score::roughness)->roughness;
     if (smoothest > kNoiseRoughness) return {std::nullopt, "its bytes look like noise under every image type"};
-    std::erase_if(scores, [&](const Score& s) { return s.roughness > smoothest * kNearSmoothest; });
-    return {plainest(std::move(scores)), {}};
+    return {plainest(std::move(scores), smoothest), {}};
 }
 
 } // namespace torvex

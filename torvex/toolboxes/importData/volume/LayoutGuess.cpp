@@ -115,9 +115,13 @@ LayoutGuess guessLayout(const QString& fileName, QByteArrayView bytes)
     } else if (hints.frames) {
         g.height = rows / *hints.frames;
         g.fromSize = true;
-    } else if (const std::optional<int64_t> height =
-                   closestRepeat(repeats(sampler, g.width, std::min(kMaxHeight, rows * 2 / 3)))) {
-        g.height = *height;
+    } else if (const std::vector<int64_t> heights =
+                   closestRepeats(repeats(sampler, g.width, std::min(kMaxHeight, rows * 2 / 3)));
+               !heights.empty()) {
+        // The one that leaves the fewest bytes before the first frame.
+        g.height = *std::ranges::min_element(heights, {}, [&](int64_t h) {
+            return fileBytes % product(product(g.width, h), reading.size());
+        });
         g.fromData = true;
     } else {
         g.height = rows; // one frame

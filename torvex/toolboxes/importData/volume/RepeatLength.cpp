@@ -14,7 +14,7 @@ constexpr int64_t kFrameRun = 64;
 // Values a repeat apart differ much less than values at most strides do.
 constexpr double kBelowMedian = 0.7;
 constexpr double kBelowPeak = 0.5;
-// A repeat this close to the closest is as good, and the shorter one wins (a frame, not two).
+// Repeats this close to the closest are as good.
 constexpr double kAsClose = 1.2;
 
 double mean(const std::vector<double>& values)
@@ -67,8 +67,9 @@ std::vector<Repeat> repeats(const ElementSampler& sampler, int64_t unit, int64_t
     const double median = sorted[sorted.size() / 2];
 
     // Near strides differ little too (neighbours are alike), so a repeat is
-    // the lowest point of a valley that falls well below the peak before it.
+    // in a valley that falls well below the peak before it.
     std::vector<Repeat> found;
+    int valleys = 0;
     double peak = 0;
     const auto inValley = [&](int64_t s) { return d[s] <= kBelowMedian * median && d[s] <= kBelowPeak * peak; };
     for (int64_t s = 2; s <= maxStride; ++s) {
@@ -76,10 +77,12 @@ std::vector<Repeat> repeats(const ElementSampler& sampler, int64_t unit, int64_t
             peak = std::max(peak, d[s]);
             continue;
         }
-        int64_t lowest = s;
-        for (; s <= maxStride && inValley(s); ++s)
-            if (d[s] < d[lowest]) lowest = s;
-        if (s <= maxStride) found.push_back({lowest, d[lowest] / median}); // a valley closed, so its lowest point shows
+        std::vector<Repeat> valley;
+        for (; s <= maxStride && inValley(s); ++s) valley.push_back({s, d[s] / median, valleys});
+        if (s <= maxStride) { // closed, so its lowest point shows
+            found.insert(found.end(), valley.begin(), valley.end());
+            ++valleys;
+        }
         peak = 0; // the next valley needs a rise of its own
         --s;
     }
@@ -88,14 +91,20 @@ std::vector<Repeat> repeats(const ElementSampler& sampler, int64_t unit, int64_t
 
 std::optional<int64_t> firstRepeat(const std::vector<Repeat>& found)
 {
-    return found.empty() ? std::nullopt : std::optional(found.front().stride);
+    std::optional<Repeat> lowest;
+    for (const Repeat& r : found)
+        if (r.valley == 0 && (!lowest || r.difference < lowest->difference)) lowest = r;
+    return lowest ? std::optional(lowest->stride) : std::nullopt;
 }
 
-std::optional<int64_t> closestRepeat(const std::vector<Repeat>& found)
+std::vector<int64_t> closestRepeats(const std::vector<Repeat>& found)
 {
-    if (found.empty()) return std::nullopt;
+    std::vector<int64_t> strides;
+    if (found.empty()) return strides;
     const double best = std::ranges::min_element(found, {}, &Repeat::difference)->difference;
-    return std::ranges::find_if(found, [&](const Repeat& r) { return r.difference <= kAsClose * best; })->stride;
+    for (const Repeat& r : found)
+        if (r.difference <= kAsClose * best) strides.push_back(r.stride);
+    return strides;
 }
 
 } // namespace torvex

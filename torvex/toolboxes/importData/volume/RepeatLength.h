@@ -16,15 +16,17 @@ namespace torvex {
 struct Repeat {
     int64_t stride;
     double difference; // at the stride, relative to the median over all strides
+    int valley;        // strides near a repeat match well too; one valley, one repeat
 };
+// Every stride in a valley of the differences, shortest first.
 std::vector<Repeat> repeats(const ElementSampler& sampler, int64_t unit, int64_t maxStride);
 
-// The row length: the first repeat. A later, closer one is a frame or more
-// of rows that match better than neighbouring rows do.
+// The row length: the lowest point of the first valley. Later, closer ones
+// are frames, whose rows match better than neighbouring rows do.
 std::optional<int64_t> firstRepeat(const std::vector<Repeat>& found);
-// The frame height: the closest repeat, or a shorter one about as close.
-// Rows of smooth images may resemble rows at many strides; the next frame's
-// same row matches best.
-std::optional<int64_t> closestRepeat(const std::vector<Repeat>& found);
+// Candidates for the frame height: strides about as close as the closest,
+// shortest first. Rows of smooth images may resemble rows at many strides,
+// and rows next to the frame's by as little as noise; the file size decides.
+std::vector<int64_t> closestRepeats(const std::vector<Repeat>& found);
 
 } // namespace torvex

@@ -1,5 +1,6 @@
 // Guessing a headerless file's layout from its name, size and data.
 #include "toolboxes/importData/volume/LayoutGuess.h"
+#include "toolboxes/importData/volume/NameHints.h"
 
 #include "../support/TempFiles.h"
 
@@ -83,3 +84,31 @@ TEST(LayoutGuess, GivesAReasonForFilesWithoutALayout)
 }
 
 } // namespace
+
+TEST(NameHints, ReadSizesTypeAndByteOrderAsPeopleWriteThem)
+{
+    struct Sizes {
+        std::optional<int64_t> width, height, frames;
+        bool operator==(const Sizes&) const = default;
+    };
+    const struct {
+        const char* name;
+        Sizes sizes;
+        std::optional<QString> type;
+        std::optional<bool> little;
+    } cases[] = {
+        {"/data/ct_512x384x100_uint16_le.raw", {512, 384, 100}, "16-bit Unsigned", true},
+        {"img512x256.f32", {512, 256, {}}, "32-bit Real", {}},
+        {"w640_h480_d3_be_8bit.bin", {640, 480, 3}, "8-bit", false},
+        {"stack-float64BE.dat", {}, "64-bit Real", false},
+        {"run2_i16.raw", {}, "16-bit Signed", {}},
+        {"before_after.raw", {}, {}, {}}, // "be" only as a whole word
+        {"9999999999x2.raw", {{}, 2, {}}, {}, {}},
+    };
+    for (const auto& c : cases) {
+        const NameHints h = readNameHints(c.name);
+        EXPECT_EQ((Sizes{h.width, h.height, h.frames}), c.sizes) << c.name;
+        EXPECT_EQ(h.imgType, c.type) << c.name;
+        EXPECT_EQ(h.littleEndian, c.little) << c.name;
+    }
+}

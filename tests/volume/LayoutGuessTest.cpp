@@ -52,6 +52,7 @@ TEST(LayoutGuess, FindsTypeOrderAndSizesInDataAndNamesWin)
         // The name wins over the data's 100 x 64.
         {"w64_h100_d4.raw:<u2:100:64:4:0", "16-bit Unsigned, 64 x 100 x 4, little", all},
         {"cube_f32.bin:<f4:70:70:3:0", "32-bit Real, 70 x 70 x 3, little", all},
+        {"day_2019x01x15.raw:<u2:128:50:6:0", "16-bit Unsigned, 128 x 50 x 6, little"}, // a date, not sizes
     };
     QTemporaryDir dir;
     QStringList specs;

@@ -29,19 +29,28 @@ QString grayTypeName(DType dtype)
     return {};
 }
 
-std::vector<DType> typesOfSize(int64_t bytes)
-{
-    std::vector<DType> types;
-    for (DType dtype : kDataTypes)
-        if (itemSize(dtype) == bytes) types.push_back(dtype);
-    return types;
-}
-
 // Named sizes may be anything: a product past int64 counts as too many.
 int64_t product(int64_t a, int64_t b)
 {
     int64_t p;
     return __builtin_mul_overflow(a, b, &p) ? std::numeric_limits<int64_t>::max() : p;
+}
+
+// Element sizes with which the named sizes fit the file, leaving fewer bytes
+// than a frame before the first frame. Numbers in a name may be a date or a
+// run number: sizes that fit with none are no hint.
+std::vector<DType> fittingTypes(const NameHints& hints, int64_t fileBytes)
+{
+    const std::vector<DType> candidates =
+        hints.imgType ? std::vector{findImageType(*hints.imgType)->dtype} : kDataTypes;
+    if (!hints.width && !hints.height && !hints.frames) return candidates;
+    std::vector<DType> types;
+    for (DType dtype : candidates) {
+        const int64_t frame = product(product(hints.width.value_or(1), hints.height.value_or(1)), itemSize(dtype));
+        const int64_t rest = fileBytes - product(frame, hints.frames.value_or(1));
+        if (rest >= 0 && (!hints.frames || rest < frame)) types.push_back(dtype);
+    }
+    return types;
 }
 
 LayoutGuess nothing(const QString& reason) { return {std::nullopt, reason}; }
@@ -69,19 +78,16 @@ LayoutGuess guessLayout(const QString& fileName, QByteArrayView bytes)
 {
     const int64_t fileBytes = bytes.size();
     if (fileBytes == 0) return nothing("the file is empty");
-    const NameHints hints = readNameHints(fileName);
+    NameHints hints = readNameHints(fileName);
+    // The element: named, or of the size that the named dimensions leave, or any.
+    std::vector<DType> dtypes = fittingTypes(hints, fileBytes);
+    if (dtypes.empty()) {
+        hints.width = hints.height = hints.frames = std::nullopt;
+        dtypes = fittingTypes(hints, fileBytes);
+    }
     GuessedLayout g;
     g.fromName = hints.any();
-
-    // The element: named, or of the size that the named dimensions leave, or any.
-    std::vector<DType> dtypes = kDataTypes;
-    if (hints.imgType) {
-        dtypes = {findImageType(*hints.imgType)->dtype};
-    } else if (hints.width && hints.height && hints.frames) {
-        dtypes = typesOfSize(fileBytes / product(product(*hints.width, *hints.height), *hints.frames));
-        g.fromSize = true;
-        if (dtypes.empty()) return nothing("the named dimensions do not fit the file size");
-    }
+    g.fromSize = !hints.imgType && hints.width && hints.height && hints.frames;
     const std::vector<ByteOrder> orders = hints.littleEndian
                                               ? std::vector{*hints.littleEndian ? ByteOrder::Little : ByteOrder::Big}
                                               : std::vector{ByteOrder::Little, ByteOrder::Big};

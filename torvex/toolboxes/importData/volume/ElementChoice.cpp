@@ -34,15 +34,14 @@ Score score(const ElementSampler& sampler)
     Score s{sampler.reading()};
     const int64_t length = std::min(kBlockLength, sampler.count());
     std::vector<std::vector<double>> blocks(kBlocks, std::vector<double>(static_cast<size_t>(length)));
-    // From 1/64 of the way in on: a header would be at the very start.
-    for (int k = 0; k < kBlocks; ++k)
-        sampler.decode((sampler.count() - length) * (k + 1) / kBlocks, length, blocks[k].data());
+    const std::vector<int64_t> starts = sampleStarts(sampler.count() - length, kBlocks, kBlockLength * 8);
+    for (int k = 0; k < kBlocks; ++k) sampler.decode(starts[k], length, blocks[k].data());
 
     double neighbours = 0, unrelated = 0;
     int64_t neighbourPairs = 0, unrelatedPairs = 0, implausible = 0;
     for (int k = 0; k < kBlocks; ++k) {
-        // Another block, backwards, so that equal frames at equal places do not pair up.
-        const std::vector<double>& other = blocks[(k + kBlocks / 2 + 1) % kBlocks];
+        // A block of another group, backwards, so that equal frames at equal places do not pair up.
+        const std::vector<double>& other = blocks[(k + kBlocks / 2 + 3) % kBlocks];
         const std::vector<double>& block = blocks[k];
         for (int64_t i = 0; i < length; ++i) {
             if (isFloat(s.reading.dtype) && !plausibleFloat(block[i])) ++implausible;

@@ -5,6 +5,7 @@
 #include <QByteArrayView>
 
 #include <cstdint>
+#include <vector>
 
 namespace torvex {
 
@@ -44,5 +45,14 @@ private:
     ElementReading _reading;
     int64_t _count;
 };
+
+// Where to start `n` samples of a file whose last possible start is
+// `lastStart`: in eight groups, one in each eighth of the file, at a place
+// within it that does not repeat with a frame count (and not at the file's
+// very start, where a header would be). Members of a group are evenly spread
+// for a small file and at most `maxStep` elements apart for a large one:
+// few places, because a mapped file is read in pages and more around each,
+// and scattered samples would read all of it.
+std::vector<int64_t> sampleStarts(int64_t lastStart, int n, int64_t maxStep);
 
 } // namespace torvex

@@ -11,6 +11,8 @@ namespace {
 constexpr int kStarts = 64;
 constexpr int64_t kRowRun = 16;
 constexpr int64_t kFrameRun = 64;
+constexpr int64_t kStartRows = 64;
+constexpr int64_t kRowStartStep = 4099; // apart in rows and columns alike
 // Values a repeat apart differ much less than values at most strides do.
 constexpr double kBelowMedian = 0.7;
 constexpr double kBelowPeak = 0.5;
@@ -32,11 +34,19 @@ std::vector<double> strideDifferences(const ElementSampler& sampler, int64_t uni
     const bool byShape = unit > 1;
     const int64_t run = byShape ? std::min(kFrameRun, unit) : kRowRun;
     const int64_t lastStart = sampler.count() - maxStride * unit - run;
+    // Rows of rows start within a few rows in the middle of the file, so that
+    // all strides read one stretch of it; runs along rows start in a few places all over it.
+    std::vector<int64_t> starts;
+    if (byShape) {
+        const int64_t span = std::min(lastStart, kStartRows * unit);
+        for (int i = 1; i <= kStarts; ++i) starts.push_back((lastStart - span) / 2 + span * i / kStarts);
+    } else {
+        starts = sampleStarts(lastStart, kStarts, kRowStartStep);
+    }
     std::vector<double> sums(static_cast<size_t>(maxStride + 1), 0.0);
     std::vector<int64_t> pairs(sums.size(), 0);
     std::vector<double> base(static_cast<size_t>(run)), shifted(base.size());
-    for (int i = 0; i < kStarts; ++i) {
-        const int64_t start = lastStart * (i + 1) / kStarts; // past where a header would be
+    for (const int64_t start : starts) {
         sampler.decode(start, run, base.data());
         const double baseLevel = byShape ? mean(base) : 0;
         for (int64_t stride = 1; stride <= maxStride; ++stride) {

@@ -70,7 +70,9 @@ ElementReading plainest(std::vector<Score> scores, double smoothest)
     int smallest = 8;
     for (const Score& s : scores)
         if (s.roughness <= smoothest * kNearSmoothest) smallest = std::min(smallest, size(s));
-    std::erase_if(scores, [&](const Score& s) { return size(s) != smallest || s.roughness > kNoiseRoughness; });
+    // Smooth enough to be data, a near reading of that size among them.
+    const double smooth = std::max(kNoiseRoughness, smoothest * kNearSmoothest);
+    std::erase_if(scores, [&](const Score& s) { return size(s) != smallest || s.roughness > smooth; });
     if (std::ranges::any_of(scores, [](const Score& s) { return isFloat(s.reading.dtype); }))
         std::erase_if(scores, [](const Score& s) { return !isFloat(s.reading.dtype); });
     const double best = std::ranges::min_element(scores, {}, &Score::step)->step;
@@ -86,8 +88,7 @@ ElementChoice chooseElementReading(QByteArrayView bytes, const std::vector<DType
     std::vector<Score> scores;
     bool tooFew = true;
     for (DType dtype : dtypes)
-        for (ByteOrder order : itemSize(dtype) == 1 ? std::vector{ByteOrder::Little} : orders)
-        {
+        for (ByteOrder order : itemSize(dtype) == 1 ? std::vector{ByteOrder::Little} : orders) {
             const ElementSampler sampler(bytes, ElementReading::endingWithFile(dtype, order, bytes.size()));
             if (sampler.count() < kFewestElements) continue;
             tooFew = false;

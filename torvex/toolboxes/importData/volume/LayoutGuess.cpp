@@ -108,9 +108,12 @@ LayoutGuess guessLayout(const QString& fileName, QByteArrayView bytes)
     // Row length, rows per frame, then frames: what the name gives, else the data, else what is left.
     if (hints.width) {
         g.width = *hints.width;
-    } else if (const std::optional<int64_t> width =
-                   firstRepeat(repeats(sampler, 1, std::min(kMaxWidth, sampler.count() / 3)))) {
-        g.width = *width;
+    } else if (const std::vector<int64_t> widths =
+                   closestRepeats(repeats(sampler, 1, std::min(kMaxWidth, sampler.count() / 3)), true);
+               !widths.empty()) {
+        // One that divides the values evenly, as rows do without a header.
+        const auto even = std::ranges::find_if(widths, [&](int64_t w) { return sampler.count() % w == 0; });
+        g.width = even != widths.end() ? *even : widths.front();
         g.fromData = true;
     } else {
         return nothing(QString("no row length up to %1 values repeats in its data").arg(kMaxWidth));
@@ -122,11 +125,11 @@ LayoutGuess guessLayout(const QString& fileName, QByteArrayView bytes)
         g.height = rows / *hints.frames;
         g.fromSize = true;
     } else if (const std::vector<int64_t> heights =
-                   closestRepeats(repeats(sampler, g.width, std::min(kMaxHeight, rows * 2 / 3)));
+                   closestRepeats(repeats(sampler, g.width, std::min(kMaxHeight, rows * 2 / 3)), false);
                !heights.empty()) {
-        // The one that leaves the fewest bytes before the first frame.
+        // The one that leaves the fewest bytes before the first frame; the shorter of equals (a frame, not two).
         g.height = *std::ranges::min_element(heights, {}, [&](int64_t h) {
-            return fileBytes % product(product(g.width, h), reading.size());
+            return std::pair{fileBytes % product(product(g.width, h), reading.size()), h};
         });
         g.fromData = true;
     } else {

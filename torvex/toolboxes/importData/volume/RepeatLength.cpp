@@ -99,21 +99,13 @@ std::vector<Repeat> repeats(const ElementSampler& sampler, int64_t unit, int64_t
     return found;
 }
 
-std::optional<int64_t> firstRepeat(const std::vector<Repeat>& found)
+std::vector<int64_t> closestRepeats(std::vector<Repeat> found, bool firstValleyOnly)
 {
-    std::optional<Repeat> lowest;
-    for (const Repeat& r : found)
-        if (r.valley == 0 && (!lowest || r.difference < lowest->difference)) lowest = r;
-    return lowest ? std::optional(lowest->stride) : std::nullopt;
-}
-
-std::vector<int64_t> closestRepeats(const std::vector<Repeat>& found)
-{
+    if (firstValleyOnly) std::erase_if(found, [](const Repeat& r) { return r.valley > 0; });
+    std::ranges::stable_sort(found, {}, &Repeat::difference);
     std::vector<int64_t> strides;
-    if (found.empty()) return strides;
-    const double best = std::ranges::min_element(found, {}, &Repeat::difference)->difference;
     for (const Repeat& r : found)
-        if (r.difference <= kAsClose * best) strides.push_back(r.stride);
+        if (r.difference <= kAsClose * found.front().difference) strides.push_back(r.stride);
     return strides;
 }
 

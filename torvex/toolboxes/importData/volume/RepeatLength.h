@@ -21,12 +21,11 @@ struct Repeat {
 // Every stride in a valley of the differences, shortest first.
 std::vector<Repeat> repeats(const ElementSampler& sampler, int64_t unit, int64_t maxStride);
 
-// The row length: the lowest point of the first valley. Later, closer ones
-// are frames, whose rows match better than neighbouring rows do.
-std::optional<int64_t> firstRepeat(const std::vector<Repeat>& found);
-// Candidates for the frame height: strides about as close as the closest,
-// shortest first. Rows of smooth images may resemble rows at many strides,
-// and rows next to the frame's by as little as noise; the file size decides.
-std::vector<int64_t> closestRepeats(const std::vector<Repeat>& found);
+// Strides about as close as the closest, closest first: of the first valley
+// for the row length (later, closer ones are frames, whose rows match
+// better than neighbouring rows do), or of all for the frame height. Rows
+// of smooth images may resemble rows a step aside nearly as well, and rows
+// of smooth frames may resemble rows at many strides: the file size decides.
+std::vector<int64_t> closestRepeats(std::vector<Repeat> found, bool firstValleyOnly);
 
 } // namespace torvex

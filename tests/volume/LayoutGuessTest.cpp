@@ -13,8 +13,8 @@ namespace {
 constexpr const char* kWriteFiles = R"(
 import sys, numpy as np
 rng = np.random.default_rng(7)
-for spec in sys.argv[2:]:
-    name, dt, w, h, f, head = spec.split(':'); w, h, f, head = int(w), int(h), int(f), int(head)
+for entry in sys.argv[2:]:
+    name, dt, w, h, f, head = entry.split(':'); w, h, f, head = int(w), int(h), int(f), int(head)
     y, x = np.mgrid[0:h, 0:w]
     bump = np.hypot(x - 0.4 * w, y - 0.55 * h); bump = bump / bump.max()
     v = np.stack([0.1 + bump * 0.7 + 0.03 * i for i in range(f)]) + rng.normal(0, 0.002, (f, h, w))
@@ -55,9 +55,9 @@ TEST(LayoutGuess, FindsTypeOrderAndSizesInDataAndNamesWin)
         {"day_2019x01x15.raw:<u2:128:50:6:0", "16-bit Unsigned, 128 x 50 x 6, little"}, // a date, not sizes
     };
     QTemporaryDir dir;
-    QStringList specs;
-    for (const Case& c : cases) specs << c.file;
-    test::runPython(kWriteFiles, QStringList{dir.path()} + specs);
+    QStringList entries;
+    for (const Case& c : cases) entries << c.file;
+    test::runPython(kWriteFiles, QStringList{dir.path()} + entries);
     for (const Case& c : cases) {
         const QString name = QString(c.file).section(':', 0, 0);
         const LayoutGuess guess = guessLayout(name, test::readFile(dir.filePath(name)));

@@ -68,6 +68,7 @@ ImportData::ImportData(QWidget* parent, AppContext* app_context, const QString& 
         });
     connect(ui->checkBox_littleEndian, &QCheckBox::stateChanged, this, &ImportData::onParametersChanged);
     connect(ui->checkBox_bigEndian, &QCheckBox::stateChanged, this, &ImportData::onParametersChanged);
+    connect(ui->pushButton_guess, &QPushButton::clicked, this, &ImportData::onGuessLayout);
     connect(ui->radioButton_filter, &QRadioButton::clicked, this, &ImportData::onFilterChanged);
     connect(ui->radioButton_regex, &QRadioButton::clicked, this, &ImportData::onFilterChanged);
     connect(ui->lineEdit_filter, &QLineEdit::editingFinished, this, &ImportData::onFilterChanged);

@@ -94,6 +94,8 @@ public:
     void onImgTransferChanged();
     void onTotalFrameChanged();
     void onParametersChanged();
+    // Fills the panel with a layout guessed from the open raw file.
+    void onGuessLayout();
     void _refreshPreview();
     void _onPreviewMouseMoved(const QPointF& pos, PreviewPlot* plot, const std::optional<NdArray>& frame);
     void _onVolumeMouseMoved(const QPointF& pos);

@@ -1,0 +1,49 @@
+// The Guess button fills the raw-volume panel as a hand edit would, or leaves it alone.
+#include "toolboxes/importData/ImportData.h"
+#include "toolboxes/importData/ui/ImportDataForm.h"
+
+#include "../support/TempFiles.h"
+
+#include <QLabel>
+#include <QStatusBar>
+#include <QtEndian>
+
+#include <cmath>
+#include <random>
+
+using namespace torvex;
+
+TEST(GuessWindow, FillsThePanelSoThatAllBytesMatchOrLeavesItAlone)
+{
+    // Three 96 x 64 frames of a smooth bump with noise, 16-bit big-endian.
+    QByteArray bytes;
+    std::mt19937 noise(3);
+    for (int f = 0; f < 3; ++f)
+        for (int y = 0; y < 64; ++y)
+            for (int x = 0; x < 96; ++x) {
+                const double value = 4000 + 300 * std::hypot(x - 40, y - 35) + 900 * f + noise() % 60;
+                const quint16 big = qToBigEndian(static_cast<quint16>(value));
+                bytes.append(reinterpret_cast<const char*>(&big), 2);
+            }
+    QTemporaryDir dir;
+    ImportData w(nullptr, nullptr, {}, test::writeFile(dir.filePath("scan.raw"), bytes));
+    w.ui->pushButton_guess->click();
+    EXPECT_EQ(w.ui->statusbar->currentMessage(),
+              "Guessed 16-bit Unsigned, 96 x 64 x 3, big endian, from the file size and the data");
+    EXPECT_TRUE(w.ui->checkBox_bigEndian->isChecked() && !w.ui->checkBox_littleEndian->isChecked());
+    EXPECT_EQ(w._bytes_badge->text(), QString::fromUtf8("\u2714\u00a0All bytes matched"));
+    ASSERT_TRUE(w.transferedData);
+    EXPECT_EQ(w.transferedData->shape(), (Shape{3, 64, 96, 1}));
+    ASSERT_EQ(w.ui->listWidget_data->count(), 1);
+    EXPECT_EQ(w.ui->listWidget_data->item(0)->data(Qt::UserRole).value<DataEntry>().params->width, 96);
+
+    // Noise, and no file at all: a reason, and the panel as it was.
+    std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<char>(noise()); });
+    ImportData noisy(nullptr, nullptr, {}, test::writeFile(dir.filePath("noise.raw"), bytes));
+    ImportData empty;
+    for (ImportData* window : {&noisy, &empty}) {
+        window->ui->pushButton_guess->click();
+        EXPECT_TRUE(window->ui->statusbar->currentMessage().startsWith("Cannot guess: "));
+        EXPECT_EQ(window->_captureVolumeParams(), VolumeParams::resetValues());
+    }
+}

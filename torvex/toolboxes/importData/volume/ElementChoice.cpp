@@ -1,0 +1,104 @@
+#include "ElementChoice.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace torvex {
+
+namespace {
+
+constexpr int kBlocks = 64;
+constexpr int64_t kBlockLength = 512;
+constexpr int64_t kFewestElements = 64;
+// Above this, neighbours differ about as much as any two values: noise.
+constexpr double kNoiseRoughness = 0.6;
+// Readings this much rougher than the smoothest still count as smooth.
+constexpr double kNearSmoothest = 1.5;
+constexpr double kTie = 1.02;
+
+struct Score {
+    ElementReading reading;
+    double step = NAN;      // mean difference of neighbours
+    double roughness = NAN; // step over the mean difference of unrelated values
+    bool plausible = true;
+};
+
+bool isFloat(DType dtype) { return dtype == DType::Float16 || dtype == DType::Float32 || dtype == DType::Float64; }
+bool isSigned(DType dtype) { return dtype == DType::Int16 || dtype == DType::Int32; }
+
+// Floats read from bytes of another kind come out tiny, huge or not numbers at all.
+bool plausibleFloat(double v) { return v == 0 || (std::isfinite(v) && std::fabs(v) > 1e-30 && std::fabs(v) < 1e30); }
+
+Score score(const ElementSampler& sampler)
+{
+    Score s{sampler.reading()};
+    const int64_t length = std::min(kBlockLength, sampler.count());
+    std::vector<std::vector<double>> blocks(kBlocks, std::vector<double>(static_cast<size_t>(length)));
+    const std::vector<int64_t> starts = sampleStarts(sampler.count() - length, kBlocks, kBlockLength * 8);
+    for (int k = 0; k < kBlocks; ++k) sampler.decode(starts[k], length, blocks[k].data());
+
+    double neighbours = 0, unrelated = 0;
+    int64_t neighbourPairs = 0, unrelatedPairs = 0, implausible = 0;
+    for (int k = 0; k < kBlocks; ++k) {
+        // A block of another group, backwards, so that equal frames at equal places do not pair up.
+        const std::vector<double>& other = blocks[(k + kBlocks / 2 + 3) % kBlocks];
+        const std::vector<double>& block = blocks[k];
+        for (int64_t i = 0; i < length; ++i) {
+            if (isFloat(s.reading.dtype) && !plausibleFloat(block[i])) ++implausible;
+            const double far = std::fabs(block[i] - other[length - 1 - i]);
+            if (std::isfinite(far)) unrelated += far, ++unrelatedPairs;
+            if (i + 1 == length) continue;
+            const double near = std::fabs(block[i + 1] - block[i]);
+            if (std::isfinite(near)) neighbours += near, ++neighbourPairs;
+        }
+    }
+    s.plausible = implausible * 100 <= kBlocks * length; // a masked value here and there is fine
+    s.step = neighbourPairs ? neighbours / static_cast<double>(neighbourPairs) : NAN;
+    if (unrelated > 0) s.roughness = s.step / (unrelated / static_cast<double>(unrelatedPairs));
+    return s;
+}
+
+// The element size is the smallest that reads about as smooth as the
+// smoothest reading: a 16-bit image read as 32-bit pairs is smooth too.
+// Within it, a float where floats read sensibly and smoothly: integers read
+// from floats that cross zero wrap, which hides their roughness. Then, as
+// these read the same bytes on one scale, the smallest steps, so that values
+// do not wrap at a sign or a byte boundary, and unsigned where signed steps no smaller.
+ElementReading plainest(std::vector<Score> scores, double smoothest)
+{
+    const auto size = [](const Score& s) { return s.reading.size(); };
+    int smallest = 8;
+    for (const Score& s : scores)
+        if (s.roughness <= smoothest * kNearSmoothest) smallest = std::min(smallest, size(s));
+    // Smooth enough to be data, a near reading of that size among them.
+    const double smooth = std::max(kNoiseRoughness, smoothest * kNearSmoothest);
+    std::erase_if(scores, [&](const Score& s) { return size(s) != smallest || s.roughness > smooth; });
+    if (std::ranges::any_of(scores, [](const Score& s) { return isFloat(s.reading.dtype); }))
+        std::erase_if(scores, [](const Score& s) { return !isFloat(s.reading.dtype); });
+    const double best = std::ranges::min_element(scores, {}, &Score::step)->step;
+    std::erase_if(scores, [&](const Score& s) { return s.step > best * kTie; });
+    return std::ranges::min_element(scores, {}, [](const Score& s) { return isSigned(s.reading.dtype); })->reading;
+}
+
+} // namespace
+
+ElementChoice chooseElementReading(QByteArrayView bytes, const std::vector<DType>& dtypes,
+                                   const std::vector<ByteOrder>& orders)
+{
+    std::vector<Score> scores;
+    bool tooFew = true;
+    for (DType dtype : dtypes)
+        for (ByteOrder order : itemSize(dtype) == 1 ? std::vector{ByteOrder::Little} : orders) {
+            const ElementSampler sampler(bytes, ElementReading::endingWithFile(dtype, order, bytes.size()));
+            if (sampler.count() < kFewestElements) continue;
+            tooFew = false;
+            if (Score s = score(sampler); s.plausible && std::isfinite(s.roughness)) scores.push_back(s);
+        }
+    if (tooFew) return {std::nullopt, "the file is too small to show a pattern"};
+    if (scores.empty()) return {std::nullopt, "its values do not vary under any image type"};
+    const double smoothest = std::ranges::min_element(scores, {}, &Score::roughness)->roughness;
+    if (smoothest > kNoiseRoughness) return {std::nullopt, "its bytes look like noise under every image type"};
+    return {plainest(std::move(scores), smoothest), {}};
+}
+
+} // namespace torvex

@@ -7,6 +7,7 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QToolButton>
+#include <QtConcurrent/QtConcurrentRun>
 
 #include <algorithm>
 #include <cmath>
@@ -16,8 +17,6 @@ namespace torvex {
 namespace {
 
 constexpr int bins = 256;
-// Enough for the picture, and within a few milliseconds for any frame.
-constexpr int64_t samples = int64_t{1} << 19;
 constexpr int stripHeight = 40;
 const QColor handleColor(0, 120, 212);
 
@@ -49,20 +48,44 @@ LevelsHistogram::LevelsHistogram(PreviewImageItem* item, const QColor& backgroun
     });
     connect(item_, &PreviewImageItem::frameShown, this, &LevelsHistogram::onFrameShown);
     connect(item_, &PreviewImageItem::cleared, this, &LevelsHistogram::onCleared);
+    connect(&counting_, &QFutureWatcher<std::vector<int64_t>>::finished, this, [this] {
+        counts_ = counting_.result();
+        countedRange_ = countingRange_;
+        update();
+        countWaiting();
+    });
 }
 
 void LevelsHistogram::onFrameShown(const NdArray& frame, std::optional<ValueRange> values)
 {
     values_ = values;
     integral_ = isIntegral(frame.dtype());
-    counts_ = values ? sampledHistogram(frame, *values, bins, samples) : std::vector<int64_t>();
     auto_->setChecked(!item_->levels());
+    // A view of the frame: it holds the stack only until it is counted. An
+    // integer frame of a narrow range gets a bin per value, [v, v + 1), and no
+    // empty bins between them.
+    if (values) waiting_.emplace(frame, integral_ ? ValueRange{values->lo, values->hi + 1} : *values);
+    else onCleared();
+    if (!counting_.isRunning()) countWaiting();
     update();
+}
+
+void LevelsHistogram::countWaiting()
+{
+    if (!waiting_) return;
+    auto [frame, range] = std::move(*waiting_);
+    waiting_.reset();
+    countingRange_ = range;
+    const int binCount = integral_ ? static_cast<int>(std::min<double>(bins, range.hi - range.lo)) : bins;
+    counting_.setFuture(QtConcurrent::run([frame = std::move(frame), range, binCount] {
+        return sampledHistogram(frame, range, binCount, drawnHistogramSamples);
+    }));
 }
 
 void LevelsHistogram::onCleared()
 {
     values_.reset();
+    waiting_.reset();
     counts_.clear();
     update();
 }
@@ -113,13 +136,13 @@ void LevelsHistogram::paintEvent(QPaintEvent*)
     // Counts on a log scale: one strong peak (a background) would flatten the rest.
     const int64_t most = counts_.empty() ? 0 : *std::max_element(counts_.begin(), counts_.end());
     if (most > 0) {
-        const double binWidth = (values_->hi - values_->lo) / static_cast<double>(counts_.size());
+        const double binWidth = (countedRange_.hi - countedRange_.lo) / static_cast<double>(counts_.size());
         QPainterPath bars;
         for (size_t i = 0; i < counts_.size(); ++i) {
             if (counts_[i] == 0) continue;
             const double h = std::log1p(static_cast<double>(counts_[i])) / std::log1p(static_cast<double>(most));
-            const double left = xOf(values_->lo + binWidth * static_cast<double>(i));
-            const double right = std::max(left + 1, xOf(values_->lo + binWidth * static_cast<double>(i + 1)));
+            const double left = xOf(countedRange_.lo + binWidth * static_cast<double>(i));
+            const double right = std::max(left + 1, xOf(countedRange_.lo + binWidth * static_cast<double>(i + 1)));
             bars.addRect(QRectF(left, area.bottom() - h * area.height(), right - left, h * area.height()));
         }
         QColor barColor = text_;

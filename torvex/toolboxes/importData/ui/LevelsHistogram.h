@@ -2,6 +2,7 @@
 
 #include "toolboxes/importData/ui/PreviewImageItem.h"
 
+#include <QFutureWatcher>
 #include <QWidget>
 
 #include <optional>
@@ -38,6 +39,9 @@ protected:
 private:
     void onFrameShown(const NdArray& frame, std::optional<ValueRange> values);
     void onCleared();
+    // Counts the newest waiting frame on another thread, so that paging never
+    // waits for the histogram.
+    void countWaiting();
     void moveHandleTo(double x);
     QRectF plotArea() const;
     // The values from the left to the right edge of the plot area.
@@ -46,8 +50,12 @@ private:
     PreviewImageItem* item_;
     QColor background_, text_;
     QToolButton* auto_;
-    std::vector<int64_t> counts_; // over values_
-    std::optional<ValueRange> values_;
+    std::optional<ValueRange> values_; // of the frame shown
+    std::vector<int64_t> counts_;      // of the last frame counted, over countedRange_
+    ValueRange countedRange_{0, 0};
+    std::optional<std::pair<NdArray, ValueRange>> waiting_;
+    QFutureWatcher<std::vector<int64_t>> counting_;
+    ValueRange countingRange_{0, 0};
     bool integral_ = false;
     enum class Handle { None, Low, High } dragged_ = Handle::None;
 };

@@ -308,24 +308,28 @@ struct DoubleLevels {
 // The same levels for integers of at most 16 bits, in single precision: the
 // numerator (v - lo) * 255 stays below 2^24, so a float reciprocal of the span
 // gets the quotient within one, and the integer remainder makes it exact.
-// lo and hi lie within the element type's values; elements outside them are
-// clamped to them first.
-struct SmallIntegerLevels {
+// lo and lo + span lie within the element type's values. Levels other than
+// the frame's own range clamp the elements to them first; the frame's own
+// skip that, so that automatic levels cost what they did.
+template <bool Clamp> struct SmallIntegerLevels {
     int32_t lo, span;
     float inverse;
 
     template <class V> Bytes operator()(V values) const
     {
         using I = Vector<int32_t>;
-        I offset = __builtin_convertvector(values, I) - lo;
-        // Clamped to 0..span with sign shifts rather than comparisons, which
-        // compile to scalar code for vectors wider than the machine's.
-        offset &= ~(offset >> 31);
-        const I excess = offset - span;
-        offset -= excess & ~(excess >> 31);
-        const I numerator = offset * 255;
+        if constexpr (Clamp) {
+            // While the lanes are narrow: one register's worth.
+            using E = std::remove_cvref_t<decltype(values[0])>;
+            const auto low = static_cast<E>(lo), high = static_cast<E>(lo + span);
+            values = values < low ? splat<V>(low) : values;
+            values = values > high ? splat<V>(high) : values;
+        }
+        const I numerator = (__builtin_convertvector(values, I) - lo) * 255;
         I quotient = __builtin_convertvector(__builtin_convertvector(numerator, Vector<float>) * inverse, I);
         const I remainder = numerator - quotient * span;
+        // Sign shifts rather than comparisons, which compile to scalar code
+        // for vectors wider than the machine's.
         quotient += remainder >> 31;             // -1 when the remainder is negative
         quotient -= (span - 1 - remainder) >> 31; // +1 when it is span or more
         return narrowed(quotient);
@@ -472,7 +476,9 @@ DisplayFrame displayFrame(const NdArray& array, std::optional<ValueRange> levels
         }
         if (fitsSmallIntegerLevels<T>(by)) {
             const auto lo = static_cast<int32_t>(by.lo), span = static_cast<int32_t>(by.hi) - lo;
-            levelFrame<T>(frame, elements, image, SmallIntegerLevels{lo, span, 1.0f / static_cast<float>(span)});
+            const float inverse = 1.0f / static_cast<float>(span);
+            if (levels) levelFrame<T>(frame, elements, image, SmallIntegerLevels<true>{lo, span, inverse});
+            else levelFrame<T>(frame, elements, image, SmallIntegerLevels<false>{lo, span, inverse});
         } else {
             levelFrame<T>(frame, elements, image, DoubleLevels{by.lo, by.hi - by.lo});
         }

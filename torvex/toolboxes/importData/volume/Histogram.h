@@ -17,4 +17,8 @@ namespace torvex {
 // cost does not grow with the frame: enough for a picture of the spread.
 std::vector<int64_t> sampledHistogram(const NdArray& frame, ValueRange range, int bins, int64_t samples);
 
+// Samples enough for a histogram drawn a few hundred pixels wide, read within
+// a few milliseconds from any frame.
+constexpr int64_t drawnHistogramSamples = int64_t{1} << 19;
+
 } // namespace torvex

@@ -35,7 +35,8 @@ void writeVolume(const QString& path)
     if (!file.open(QIODevice::WriteOnly)) std::abort();
     for (int f = 0; f < kFrames; ++f) {
         // A ramp that moves from frame to frame, so that each frame looks different.
-        for (size_t i = 0; i < frame.size(); ++i) frame[i] = static_cast<uint16_t>((i % kSide) * 13 + (i / kSide) * 5 + f * 997);
+        for (size_t i = 0; i < frame.size(); ++i)
+            frame[i] = static_cast<uint16_t>((i % kSide) * 13 + (i / kSide) * 5 + f * 997);
         file.write(reinterpret_cast<const char*>(frame.data()), static_cast<qint64>(frame.size() * 2));
     }
     // On disk before the clock starts: no write-back competes with the opening.

@@ -262,7 +262,8 @@ TEST_F(VolumeWindow, LevelsHandlesChangeTheDisplayOnlyAndAutoComesBackDoubleClic
         return w._pixel_info_label->text();
     };
     const auto drag = [&](double from, double to) {
-        for (auto [type, x] : {std::pair{QEvent::MouseButtonPress, from}, {QEvent::MouseMove, to}, {QEvent::MouseButtonRelease, to}}) {
+        for (auto [type, x] :
+             {std::pair{QEvent::MouseButtonPress, from}, {QEvent::MouseMove, to}, {QEvent::MouseButtonRelease, to}}) {
             QMouseEvent event(type, QPointF(x, 20), levels->mapToGlobal(QPointF(x, 20)), Qt::LeftButton,
                               type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton, Qt::NoModifier);
             QApplication::sendEvent(levels, &event);

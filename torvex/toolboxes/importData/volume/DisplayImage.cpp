@@ -468,7 +468,8 @@ DisplayFrame displayFrame(const NdArray& array, std::optional<ValueRange> levels
     visitDType(array.dtype(), [&](auto tag) {
         using T = decltype(tag);
         const Range<T> range = rangeOf<T>(frame, elements);
-        if (range.lo <= range.hi) shown.values = ValueRange{static_cast<double>(range.lo), static_cast<double>(range.hi)};
+        if (range.lo <= range.hi)
+            shown.values = ValueRange{static_cast<double>(range.lo), static_cast<double>(range.hi)};
         const ValueRange by = levels.value_or(shown.values.value_or(ValueRange{0, 0}));
         if (!(by.lo < by.hi)) {
             image.fill(0);

@@ -42,6 +42,22 @@ if [ $# -eq 0 ]; then
 fi
 
 mkdir -p "$logdir" || exit 1
+
+# The preview benchmark paints in a real X window: without a display, a
+# private X server of our own for the run, stopped at the end.
+xvfb_pid=
+if [ -z "${DISPLAY:-}" ] && command -v Xvfb >/dev/null 2>&1; then
+    displayfile=$logdir/xvfb.display
+    : >"$displayfile"
+    Xvfb -displayfd 3 -screen 0 1600x1000x24 -nolisten tcp 3>"$displayfile" >/dev/null 2>&1 &
+    xvfb_pid=$!
+    trap 'kill "$xvfb_pid" 2>/dev/null' EXIT
+    for _ in $(seq 50); do
+        [ -s "$displayfile" ] && break
+        sleep 0.1
+    done
+    [ -s "$displayfile" ] && export DISPLAY=":$(cat "$displayfile")"
+fi
 rows=$logdir/figures
 failures=$logdir/failures
 : >"$rows"

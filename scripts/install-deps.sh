@@ -9,7 +9,7 @@ packages=(
   libopenimageio-dev openimageio-tools libimath-dev libgif-dev libtiff-dev libpng-dev libdeflate-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   clang libclang-rt-14-dev llvm
-  xvfb xauth x11-apps fonts-dejavu-core
+  xvfb xauth x11-apps fonts-dejavu-core libxcb1-dev
   python3 python3-numpy python3-pil
 )
 

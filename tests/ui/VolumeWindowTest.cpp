@@ -3,6 +3,7 @@
 // local files and folders, which choose the mode by themselves.
 #include "toolboxes/importData/ImportData.h"
 #include "toolboxes/importData/model/AppContext.h"
+#include "toolboxes/importData/ui/LevelsHistogram.h"
 #include "toolboxes/importData/ui/PreviewSurface.h"
 #include "toolboxes/importData/ui/ImportDataForm.h"
 
@@ -15,6 +16,7 @@
 #include <QMainWindow>
 #include <QMimeData>
 #include <QStatusBar>
+#include <QToolButton>
 
 #include <gtest/gtest.h>
 
@@ -235,4 +237,69 @@ TEST_F(VolumeWindow, DropsOfNothingUsableAreIgnoredAndKeepTheSource)
     // A drag is welcome when it holds an existing local path.
     EXPECT_TRUE(w.deliver<QDragEnterEvent>({"https://example.org/a.png", dir.filePath("gone"), exactFile}));
     EXPECT_FALSE(w.deliver<QDragEnterEvent>({"https://example.org/a.png"}));
+}
+
+TEST_F(VolumeWindow, LevelsHandlesChangeTheDisplayOnlyAndAutoComesBackDoubleClickFits)
+{
+    // Two 8-bit frames of 400 x 640, column x holding x % 200, plus 50 in the second.
+    QByteArray bytes(2 * 400 * 640, 0);
+    for (int i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<char>(i % 400 % 200 + (i >= 400 * 640 ? 50 : 0));
+    ImportData w(nullptr, nullptr, {}, test::writeFile(dir.filePath("ramp.raw"), bytes));
+    w.ui->comboBox_order->setCurrentText("C");
+    w.ui->spinBox_totalFrame->setValue(2);
+    w.resize(900, 700);
+    w.show();
+    QApplication::processEvents();
+    auto* levels = w.ui->page_prev_stackImages->findChild<LevelsHistogram*>();
+    ASSERT_TRUE(levels);
+    PreviewSurface* surface = w.preview_layoutWin;
+    const QPointF pixel(150.5, 320.5); // value 150, then 200
+    const auto shownGray = [&] {
+        return qGray(surface->viewport()->grab().toImage().pixel(surface->mapFromScene(pixel)));
+    };
+    const auto readout = [&] {
+        w._onVolumeMouseMoved(pixel);
+        return w._pixel_info_label->text();
+    };
+    const auto drag = [&](double from, double to) {
+        for (auto [type, x] :
+             {std::pair{QEvent::MouseButtonPress, from}, {QEvent::MouseMove, to}, {QEvent::MouseButtonRelease, to}}) {
+            QMouseEvent event(type, QPointF(x, 20), levels->mapToGlobal(QPointF(x, 20)), Qt::LeftButton,
+                              type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton, Qt::NoModifier);
+            QApplication::sendEvent(levels, &event);
+        }
+        QApplication::processEvents();
+    };
+    // Zoomed in, so that a screen pixel shows one array pixel.
+    const QRectF fitted = w._preview_plot->sceneBoundingRect();
+    w._preview_plot->zoomAbout(surface->mapFromScene(pixel), 4);
+    const QByteArray data(reinterpret_cast<const char*>(w.transferedData->data()), w.transferedData->nbytes());
+    const QString readBefore = readout();
+    EXPECT_EQ(levels->shownLevels(), (ValueRange{0, 199}));
+    EXPECT_EQ(shownGray(), 150 * 255 / 199);
+
+    // The top handle to 99: whole numbers, 150 saturates; the range stays for the next frame.
+    drag(levels->xOf(199), levels->xOf(99.2));
+    EXPECT_EQ(w.preview_ImgItem->levels(), (ValueRange{0, 99}));
+    EXPECT_FALSE(levels->autoButton()->isChecked());
+    EXPECT_EQ(shownGray(), 255);
+    drag(levels->xOf(0), levels->xOf(500)); // the bottom one stops short of the top one
+    EXPECT_EQ(w.preview_ImgItem->levels(), (ValueRange{98, 99}));
+    EXPECT_EQ(readout(), readBefore);
+    w.ui->spinBox_frame->setValue(2);
+    EXPECT_EQ(w.preview_ImgItem->levels(), (ValueRange{98, 99}));
+
+    // Auto: each frame by its own range again.
+    levels->autoButton()->click();
+    EXPECT_TRUE(levels->autoButton()->isChecked());
+    EXPECT_EQ(levels->shownLevels(), (ValueRange{50, 249}));
+    EXPECT_EQ(shownGray(), (200 - 50) * 255 / 199);
+    EXPECT_EQ(QByteArray(reinterpret_cast<const char*>(w.transferedData->data()), w.transferedData->nbytes()), data);
+
+    // A double-click fits the frame again.
+    const QPointF at(50, 50);
+    QMouseEvent click(QEvent::MouseButtonDblClick, at, surface->viewport()->mapToGlobal(at), Qt::LeftButton,
+                      Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(surface->viewport(), &click);
+    EXPECT_EQ(w._preview_plot->sceneBoundingRect(), fitted);
 }

@@ -3,6 +3,7 @@
 #include "toolboxes/importData/volume/AxisTransfer.h"
 #include "toolboxes/importData/volume/ByteBalance.h"
 #include "toolboxes/importData/volume/DisplayImage.h"
+#include "toolboxes/importData/volume/Histogram.h"
 #include "toolboxes/importData/volume/NdArray.h"
 #include "toolboxes/importData/volume/PixelReadout.h"
 #include "toolboxes/importData/volume/RawDecoder.h"
@@ -407,11 +408,12 @@ QByteArray randomElements(DType dtype, int64_t n)
 }
 
 // Whether each byte of the displayed frame is floor((v - lo) * 255 / (hi - lo))
-// of its element, with lo and hi the frame's own, NaN and flat frames at 0.
-testing::AssertionResult showsExactLevels(const NdArray& frame)
+// of its element clipped to 0..255, with lo and hi the given levels or the
+// frame's own, NaN and flat frames at 0.
+testing::AssertionResult showsExactLevels(const NdArray& frame, std::optional<ValueRange> levels = std::nullopt)
 {
-    const QImage image = displayImage(frame);
-    const auto [lo, hi] = frame.minMax();
+    const QImage image = levels ? displayFrame(frame, levels).image : displayImage(frame);
+    const auto [lo, hi] = levels ? std::pair{levels->lo, levels->hi} : frame.minMax();
     const int64_t channels = frame.ndim() == 3 ? frame.extent(2) : 1;
     if (image.width() != frame.extent(1) || image.height() != frame.extent(0))
         return testing::AssertionFailure() << "image size " << image.width() << " x " << image.height();
@@ -442,6 +444,37 @@ TEST(DisplayImage, SmallIntegersAreExactAtEveryLevelBoundary)
             for (int i = 0; i <= span; ++i) values[i] = lo + i;
             EXPECT_TRUE(showsExactLevels(frame(values, dtype, span + 1)));
         }
+}
+
+TEST(DisplayImage, GivenLevelsClipTheFrameAndItsOwnRangeIsReported)
+{
+    const std::vector<double> values{-300, -2, 0, 1, 7, 99, 100, 101, 255, 1000, 32767};
+    for (DType dtype : {DType::Int16, DType::UInt16, DType::Int32, DType::Float32}) {
+        std::vector<double> own;
+        for (double v : values)
+            if (dtype != DType::UInt16 || v >= 0) own.push_back(v);
+        const NdArray row = frame(own, dtype, static_cast<int64_t>(own.size()));
+        // Whole levels (the small-integer path for 16 bits), fractional, reaching past the type, crossed.
+        for (const ValueRange levels : {ValueRange{0, 100}, {-2, 7}, {1, 255}, {0.5, 99.5}, {-1e6, 70000}, {7, 7}})
+            EXPECT_TRUE(showsExactLevels(row, levels)) << levels.lo << ".." << levels.hi;
+        EXPECT_EQ(displayFrame(row, ValueRange{0, 1}).values, (ValueRange{own.front(), own.back()}));
+    }
+    EXPECT_FALSE(displayFrame(frame({NAN, NAN}, DType::Float32, 2)).values);
+}
+
+TEST(Histogram, CountsEachValueInItsBinAndSamplesLargeFrames)
+{
+    // 0..9 once each, a NaN, and 20 beyond the range.
+    const NdArray small = frame({0, 1, 2, 3, 4, 5, 6, 7, 8, 9, NAN, 20}, DType::Float32, 4);
+    EXPECT_EQ(sampledHistogram(small, {0, 9}, 3, 100), (std::vector<int64_t>{3, 3, 4})); // the top bin holds 9
+    EXPECT_EQ(sampledHistogram(small, {2, 2}, 4, 100), (std::vector<int64_t>{1, 0, 0, 0}));
+    // A large frame is read on a grid: a sample of about the asked size, spread over the whole frame.
+    NdArray large = NdArray::zeros({1000, 1000}, DType::UInt16);
+    auto* p = reinterpret_cast<uint16_t*>(large.mutableData());
+    for (int i = 0; i < 1000 * 1000; ++i) p[i] = static_cast<uint16_t>(i / 1000 < 500 ? 0 : 1000);
+    const std::vector<int64_t> counts = sampledHistogram(large, {0, 1000}, 2, 10000);
+    EXPECT_EQ(counts[0] + counts[1], 100 * 100);
+    EXPECT_EQ(counts[0], counts[1]);
 }
 
 TEST(DisplayImage, EveryLayoutOfAViewShowsItsOwnElements)

@@ -1,5 +1,6 @@
 #include "toolboxes/importData/ui/ImportData.h"
 
+#include "toolboxes/importData/ui/LevelsHistogram.h"
 #include "toolboxes/importData/ui/PreviewSurface.h"
 
 #include <QApplication>
@@ -128,6 +129,12 @@ void ImportData::_buildPreviewSurface(QWidget* holder, PreviewSurface*& surface,
     plot->setAspectLocked(true);
     surface->setBackground(background);
     layout->addWidget(surface);
+    layout->addWidget(new LevelsHistogram(image, background, text, holder));
+    // New levels show the current frame again; the item keeps no frame itself.
+    connect(image, &PreviewImageItem::levelsChanged, this, [this, item = image] {
+        const std::optional<NdArray> frame = _frameAt(item == preview_ImgItem ? transferedData : selectedimageSequence);
+        if (frame) _showFrame(item, *frame);
+    });
 }
 
 std::optional<Mode> ImportData::_mode() const { return modeOfText(ui->comboBox_outputType->currentText()); }

@@ -1,16 +1,33 @@
 #include "toolboxes/importData/ui/PreviewImageItem.h"
 
-#include "toolboxes/importData/volume/DisplayImage.h"
-
 #include <QPainter>
 
 namespace torvex {
 
 PreviewImageItem::PreviewImageItem(QGraphicsItem* parent) : QGraphicsObject(parent) {}
 
-void PreviewImageItem::setImage(const NdArray& frame) { show(displayImage(frame)); }
+void PreviewImageItem::setImage(const NdArray& frame)
+{
+    if (frame.shape() != shape_ || frame.dtype() != dtype_) levels_.reset();
+    DisplayFrame shown = displayFrame(frame, levels_);
+    shape_ = frame.shape();
+    dtype_ = frame.dtype();
+    show(std::move(shown.image));
+    emit frameShown(frame, shown.values);
+}
 
-void PreviewImageItem::clear() { show(QImage()); }
+void PreviewImageItem::clear()
+{
+    show(QImage());
+    emit cleared();
+}
+
+void PreviewImageItem::setLevels(std::optional<ValueRange> levels)
+{
+    if (levels == levels_) return;
+    levels_ = levels;
+    emit levelsChanged();
+}
 
 void PreviewImageItem::show(QImage image)
 {

@@ -50,6 +50,13 @@ void PreviewSurface::mousePressEvent(QMouseEvent* event)
     QGraphicsView::mousePressEvent(event);
 }
 
+void PreviewSurface::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    if (!plot_ || event->button() != Qt::LeftButton) return QGraphicsView::mouseDoubleClickEvent(event);
+    plot_->autoRange();
+    event->accept();
+}
+
 void PreviewSurface::resizeEvent(QResizeEvent* event)
 {
     QGraphicsView::resizeEvent(event);

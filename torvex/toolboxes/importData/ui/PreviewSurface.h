@@ -11,7 +11,8 @@ namespace torvex {
 
 // A preview of one array frame: a graphics view holding one plot that fills it
 // without margin, panned by dragging with the left button, zoomed by the wheel
-// about the cursor, with the plot's menu on the right button.
+// about the cursor, fitted again by a double-click, with the plot's menu on
+// the right button.
 class PreviewSurface : public QGraphicsView {
     Q_OBJECT
 public:
@@ -25,6 +26,7 @@ public:
 protected:
     void wheelEvent(QWheelEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
 

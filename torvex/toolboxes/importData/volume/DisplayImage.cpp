@@ -308,13 +308,23 @@ struct DoubleLevels {
 // The same levels for integers of at most 16 bits, in single precision: the
 // numerator (v - lo) * 255 stays below 2^24, so a float reciprocal of the span
 // gets the quotient within one, and the integer remainder makes it exact.
-struct SmallIntegerLevels {
+// lo and lo + span lie within the element type's values. Levels other than
+// the frame's own range clamp the elements to them first; the frame's own
+// skip that, so that automatic levels cost what they did.
+template <bool Clamp> struct SmallIntegerLevels {
     int32_t lo, span;
     float inverse;
 
     template <class V> Bytes operator()(V values) const
     {
         using I = Vector<int32_t>;
+        if constexpr (Clamp) {
+            // While the lanes are narrow: one register's worth.
+            using E = std::remove_cvref_t<decltype(values[0])>;
+            const auto low = static_cast<E>(lo), high = static_cast<E>(lo + span);
+            values = values < low ? splat<V>(low) : values;
+            values = values > high ? splat<V>(high) : values;
+        }
         const I numerator = (__builtin_convertvector(values, I) - lo) * 255;
         I quotient = __builtin_convertvector(__builtin_convertvector(numerator, Vector<float>) * inverse, I);
         const I remainder = numerator - quotient * span;
@@ -431,36 +441,52 @@ QImage::Format formatFor(int64_t channels)
     }
 }
 
+// Whether the small-integer levels hold for lo..hi: whole numbers within T's values.
+template <class T> bool fitsSmallIntegerLevels(ValueRange levels)
+{
+    if constexpr (std::is_integral_v<T> && sizeof(T) <= 2)
+        return levels.lo == std::floor(levels.lo) && levels.hi == std::floor(levels.hi) &&
+               levels.lo >= std::numeric_limits<T>::lowest() && levels.hi <= std::numeric_limits<T>::max();
+    return false;
+}
+
 } // namespace
 
-QImage displayImage(const NdArray& array)
+DisplayFrame displayFrame(const NdArray& array, std::optional<ValueRange> levels)
 {
     const Frame frame = frameOf(array);
     const int64_t elements = array.size();
     constexpr int64_t largest = std::numeric_limits<int>::max();
-    QImage image;
+    DisplayFrame shown;
+    QImage& image = shown.image;
     if (frame.columns.extent <= largest && frame.rows.extent <= largest)
         image = QImage(static_cast<int>(frame.columns.extent), static_cast<int>(frame.rows.extent),
                        formatFor(frame.channels.extent));
-    if (elements == 0) return image;
+    if (elements == 0) return shown;
     if (image.isNull())
         throw std::runtime_error("cannot make an image of shape " + shapeText(array.shape()) + " for display");
     visitDType(array.dtype(), [&](auto tag) {
         using T = decltype(tag);
         const Range<T> range = rangeOf<T>(frame, elements);
-        if (!(range.lo < range.hi)) {
+        if (range.lo <= range.hi)
+            shown.values = ValueRange{static_cast<double>(range.lo), static_cast<double>(range.hi)};
+        const ValueRange by = levels.value_or(shown.values.value_or(ValueRange{0, 0}));
+        if (!(by.lo < by.hi)) {
             image.fill(0);
             return;
         }
-        if constexpr (std::is_integral_v<T> && sizeof(T) <= 2) {
-            const int32_t span = int32_t{range.hi} - int32_t{range.lo};
-            levelFrame<T>(frame, elements, image, SmallIntegerLevels{range.lo, span, 1.0f / static_cast<float>(span)});
+        if (fitsSmallIntegerLevels<T>(by)) {
+            const auto lo = static_cast<int32_t>(by.lo), span = static_cast<int32_t>(by.hi) - lo;
+            const float inverse = 1.0f / static_cast<float>(span);
+            if (levels) levelFrame<T>(frame, elements, image, SmallIntegerLevels<true>{lo, span, inverse});
+            else levelFrame<T>(frame, elements, image, SmallIntegerLevels<false>{lo, span, inverse});
         } else {
-            const auto lo = static_cast<double>(range.lo);
-            levelFrame<T>(frame, elements, image, DoubleLevels{lo, static_cast<double>(range.hi) - lo});
+            levelFrame<T>(frame, elements, image, DoubleLevels{by.lo, by.hi - by.lo});
         }
     });
-    return image;
+    return shown;
 }
+
+QImage displayImage(const NdArray& array) { return displayFrame(array).image; }
 
 } // namespace torvex

@@ -2,6 +2,8 @@
 #include "toolboxes/importData/ui/ImportData.h"
 
 #include "toolboxes/importData/model/AppContext.h"
+#include "toolboxes/importData/model/ImportNotice.h"
+#include "toolboxes/importData/ui/BusyCursor.h"
 
 #include <QLoggingCategory>
 #include <QMessageBox>
@@ -21,6 +23,8 @@ void ImportData::onImport()
         return;
     }
     const int row = list->currentItem() ? list->currentRow() : list->count() - 1;
+    // A large volume is copied here, on the GUI thread.
+    const BusyCursor busy;
     try {
         if (!app_context) throw std::runtime_error("The window has no application context");
         WorkspaceManager* manager = app_context->get_component("workspace_manager");
@@ -28,8 +32,12 @@ void ImportData::onImport()
             qCCritical(importLog) << "Workspace manager not available";
             return;
         }
-        _session.importEntry(row, list->item(row)->text(), _mode().value_or(Mode::VolumeData), *manager,
+        const QString name = list->item(row)->text();
+        _session.importEntry(row, name, _mode().value_or(Mode::VolumeData), *manager,
                              ui->comboBox_out_format->currentText(), ui->checkBox_keepc->isChecked());
+        const auto& variables = manager->get_workspace_data();
+        if (const auto imported = variables.find(name); imported != variables.end())
+            emit manager->variableImported(importNotice(name, imported->second));
     } catch (const std::exception& e) {
         // Reported on the host's status bar only; the window itself shows nothing.
         if (auto* statusbar = parentApp ? parentApp->findChild<QStatusBar*>(QString(), Qt::FindDirectChildrenOnly)

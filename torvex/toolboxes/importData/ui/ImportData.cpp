@@ -1,12 +1,16 @@
 #include "toolboxes/importData/ui/ImportData.h"
 
+#include "toolboxes/importData/ui/ControlsScroll.h"
 #include "toolboxes/importData/ui/PreviewSurface.h"
+#include "toolboxes/importData/ui/StatusTone.h"
+#include "toolboxes/importData/volume/ByteBalance.h"
 
 #include <QApplication>
 #include <QLabel>
 #include <QMenu>
 #include <QPalette>
 #include <QSignalBlocker>
+#include <QStatusBar>
 #include <QVBoxLayout>
 
 namespace torvex {
@@ -21,6 +25,10 @@ ImportData::ImportData(QWidget* parent, AppContext* app_context, const QString& 
     // Ask for no more than the small hint, so the window never holds up a host's splitter.
     setMinimumSize(0, 0);
     ui->centralwidget->setMinimumSize(0, 0);
+    // The controls scroll on a low screen; the preview takes what the window gains.
+    ui->splitter->insertWidget(0, new ControlsScroll(ui->widget_controls));
+    ui->splitter->setStretchFactor(0, 0);
+    ui->splitter->setStretchFactor(1, 1);
     ui->statusbar->showMessage("Ready", 5000);
     setWindowTitle("Import Data");
     setWindowIcon(getIcon("windowIcon"));
@@ -30,7 +38,8 @@ ImportData::ImportData(QWidget* parent, AppContext* app_context, const QString& 
     setContextMenuPolicy(Qt::PreventContextMenu);
     ui->pushButton_import->setIcon(getIcon("windowIcon"));
 
-    ui->statusbar->setStyleSheet("background-color: #16825d;color: #ffffff;font-size: 9pt;");
+    _toneStatus(ui->statusbar->currentMessage());
+    connect(ui->statusbar, &QStatusBar::messageChanged, this, &ImportData::_toneStatus);
     _pixel_info_label = new QLabel;
     _pixel_info_label->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     _pixel_info_label->setStyleSheet("color: #ffffff; font-size: 9pt; padding-right: 6px;");
@@ -102,6 +111,8 @@ ImportData::ImportData(QWidget* parent, AppContext* app_context, const QString& 
         ui->comboBox_outputType->setEnabled(false);
         ui->stackedWidget_preview->setCurrentIndex(1);
     }
+    _buildMenus();
+    connect(ui->lineEdit_files_folder, &QLineEdit::textChanged, this, &ImportData::sourceChanged);
     if (!filePath.isEmpty()) openFile(filePath);
     setAcceptDrops(true);
 }
@@ -130,6 +141,19 @@ void ImportData::_buildPreviewSurface(QWidget* holder, PreviewSurface*& surface,
 }
 
 std::optional<Mode> ImportData::_mode() const { return modeOfText(ui->comboBox_outputType->currentText()); }
+
+void ImportData::_toneStatus(const QString& message)
+{
+    StatusTone tone = statusToneOf(message);
+    // A raw file that loads with bytes over or missing is no plain success: the badge beside it says so.
+    if (tone == StatusTone::Success && _mode() == Mode::VolumeData && readedBinary) {
+        const std::optional<ByteBalance> balance =
+            ByteBalance::of(readedBinary->size(), _captureVolumeParams().layout());
+        if (balance && !balance->matched()) tone = StatusTone::Warning;
+    }
+    const QString sheet = statusStyleSheet(tone);
+    if (ui->statusbar->styleSheet() != sheet) ui->statusbar->setStyleSheet(sheet);
+}
 
 void ImportData::_showError(const std::exception& e)
 {

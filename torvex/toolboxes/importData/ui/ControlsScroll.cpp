@@ -1,5 +1,6 @@
 #include "toolboxes/importData/ui/ControlsScroll.h"
 
+#include <QEvent>
 #include <QScrollBar>
 
 namespace torvex {
@@ -23,6 +24,18 @@ QSize ControlsScroll::minimumSizeHint() const
 {
     // Low enough for any window; a few rows still show.
     return {widthFor(widget()->minimumSizeHint().width()), 4 * fontMetrics().height()};
+}
+
+bool ControlsScroll::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == widget() && event->type() == QEvent::LayoutRequest) updateGeometry();
+    return QScrollArea::eventFilter(watched, event);
+}
+
+bool ControlsScroll::viewportEvent(QEvent* event)
+{
+    if (event->type() == QEvent::LayoutRequest) updateGeometry();
+    return QScrollArea::viewportEvent(event);
 }
 
 int ControlsScroll::widthFor(int controlsWidth) const

@@ -14,6 +14,11 @@ public:
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 
+protected:
+    // The controls' size hints change (fonts, styles, a mode's page): the column follows.
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    bool viewportEvent(QEvent* event) override;
+
 private:
     int widthFor(int controlsWidth) const;
 };

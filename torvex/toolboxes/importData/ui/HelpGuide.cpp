@@ -18,8 +18,8 @@ write). C: the file runs along the rows (row-major, as C and NumPy write).</dd>
 ABCABC: the channels of each pixel side by side.</dd>
 <dt><b>Little / Big endian</b></dt><dd>For values of 16 bits and more: the least or the most significant
 byte first. With neither, in this computer's own order.</dd>
-<dt><b>Permute</b></dt><dd>A new order of the frame, row and column axes (0, 1, 2): 0,1,2 keeps them,
-1,0,2 makes each row a frame.</dd>
+<dt><b>Permute</b></dt><dd>A new order of the frame, row and column axes (0, 1, 2): 0,1,2 keeps them;
+1,0,2 views the stack from the side, frame i holding row i of every frame.</dd>
 <dt><b>Bytes badge</b></dt><dd>Green when the frames use every byte of the file; amber with the bytes left
 over (+) or missing (&minus;).</dd>
 </dl>

@@ -1,6 +1,5 @@
 #include "toolboxes/importData/ui/ImportData.h"
 
-#include "toolboxes/importData/ui/ControlsScroll.h"
 #include "toolboxes/importData/ui/PreviewSurface.h"
 #include "toolboxes/importData/ui/StatusTone.h"
 #include "toolboxes/importData/volume/ByteBalance.h"
@@ -25,10 +24,7 @@ ImportData::ImportData(QWidget* parent, AppContext* app_context, const QString& 
     // Ask for no more than the small hint, so the window never holds up a host's splitter.
     setMinimumSize(0, 0);
     ui->centralwidget->setMinimumSize(0, 0);
-    // The controls scroll on a low screen; the preview takes what the window gains.
-    ui->splitter->insertWidget(0, new ControlsScroll(ui->widget_controls));
-    ui->splitter->setStretchFactor(0, 0);
-    ui->splitter->setStretchFactor(1, 1);
+    _layOutColumns();
     ui->statusbar->showMessage("Ready", 5000);
     setWindowTitle("Import Data");
     setWindowIcon(getIcon("windowIcon"));
@@ -38,8 +34,6 @@ ImportData::ImportData(QWidget* parent, AppContext* app_context, const QString& 
     setContextMenuPolicy(Qt::PreventContextMenu);
     ui->pushButton_import->setIcon(getIcon("windowIcon"));
 
-    _toneStatus(ui->statusbar->currentMessage());
-    connect(ui->statusbar, &QStatusBar::messageChanged, this, &ImportData::_toneStatus);
     _pixel_info_label = new QLabel;
     _pixel_info_label->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     _pixel_info_label->setStyleSheet("color: #ffffff; font-size: 9pt; padding-right: 6px;");
@@ -48,6 +42,8 @@ ImportData::ImportData(QWidget* parent, AppContext* app_context, const QString& 
     _bytes_badge->hide();
     ui->statusbar->addPermanentWidget(_pixel_info_label);
     ui->statusbar->addPermanentWidget(_bytes_badge);
+    _toneStatus(ui->statusbar->currentMessage());
+    connect(ui->statusbar, &QStatusBar::messageChanged, this, &ImportData::_toneStatus);
 
     _showFrameSlider(false);
 
@@ -146,7 +142,7 @@ void ImportData::_toneStatus(const QString& message)
 {
     StatusTone tone = statusToneOf(message);
     // A raw file that loads with bytes over or missing is no plain success: the badge beside it says so.
-    if (tone == StatusTone::Success && _mode() == Mode::VolumeData && readedBinary) {
+    if (tone == StatusTone::Success && !_bytes_badge->isHidden() && readedBinary) {
         const std::optional<ByteBalance> balance =
             ByteBalance::of(readedBinary->size(), _captureVolumeParams().layout());
         if (balance && !balance->matched()) tone = StatusTone::Warning;

@@ -172,6 +172,8 @@ private:
     // The mode the window shows, from comboBox_outputType; none for another text.
     std::optional<Mode> _mode() const;
     void _buildMenus();
+    // Shares the window's room between the controls and the preview, for any screen.
+    void _layOutColumns();
     // The road of a single raw file, from a drop or the menu, once the old source is reset:
     // Volume Data, then openFile.
     void _openRawFile(const QString& path);

@@ -23,11 +23,10 @@ HostWindow::HostWindow(const QString& filePath, bool folderMode) : appContext_(s
     for (QMenu* menu : importData_->menus()) menuBar()->addMenu(menu);
     showSource(importData_->ui->lineEdit_files_folder->text());
     connect(importData_, &ImportData::sourceChanged, this, &HostWindow::showSource);
-
-    WorkspaceManager* workspace = appContext_->get_component("workspace_manager");
-    workspacePanel_ = new WorkspacePanel(workspace);
-    connect(workspace, &WorkspaceManager::variableImported, this,
+    connect(appContext_->get_component("workspace_manager"), &WorkspaceManager::variableImported, this,
             [this](const QString& notice) { statusBar()->showMessage(notice, 5000); });
+
+    workspacePanel_ = new WorkspacePanel(appContext_->get_component("workspace_manager"));
     auto* dock = new QDockWidget("Workspace", this);
     dock->setObjectName("dock_workspace");
     dock->setWidget(workspacePanel_);
@@ -47,8 +46,9 @@ void HostWindow::fitToScreen()
     const QRect available = screen()->availableGeometry();
     const QSize size = (available.size() * 0.9).boundedTo(QSize(2560, 1600));
     setGeometry(QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, size, available));
-    // The workspace column takes about a fifth, the tool the rest.
-    resizeDocks({findChild<QDockWidget*>("dock_workspace")}, {size.width() / 5}, Qt::Horizontal);
+    // The workspace column takes a quarter, no more than some sixty characters; the tool the rest.
+    const int workspaceWidth = std::min(size.width() / 4, 60 * fontMetrics().averageCharWidth());
+    resizeDocks({findChild<QDockWidget*>("dock_workspace")}, {workspaceWidth}, Qt::Horizontal);
 }
 
 HostWindow::~HostWindow()

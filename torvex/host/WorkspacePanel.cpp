@@ -17,7 +17,9 @@ WorkspacePanel::WorkspacePanel(WorkspaceManager* manager, QWidget* parent)
       saveButton_(new QPushButton("Save as .npy…", this))
 {
     table_->setHorizontalHeaderLabels({"Name", "Shape", "Type", "Bytes"});
-    table_->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    // Shapes and byte counts whole, the name takes what is left; a narrow column scrolls.
+    table_->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    table_->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
     table_->verticalHeader()->hide();
     table_->setSelectionBehavior(QAbstractItemView::SelectRows);
     table_->setSelectionMode(QAbstractItemView::SingleSelection);

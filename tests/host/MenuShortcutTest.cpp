@@ -74,7 +74,9 @@ TEST(HostMenus, EachShortcutDoesItsWorkAndTheHostTellsOfIt)
          }},
         {"Ctrl+G", [&] { EXPECT_EQ(modals, QStringList{"Generated Load Function"}); }},
         {"Ctrl+0",
-         [&] { EXPECT_EQ(tool->_preview_plot->sceneBoundingRect().size(), tool->preview_layoutWin->viewport()->size()); }},
+         [&] {
+             EXPECT_EQ(tool->_preview_plot->sceneBoundingRect().size(), tool->preview_layoutWin->viewport()->size());
+         }},
         {"F1", [&] { EXPECT_TRUE(tool->findChild<QMessageBox*>("helpGuide")->isVisible()); }},
         {"Ctrl+Q", [&] { EXPECT_FALSE(host.isVisible()); }},
     };

@@ -31,6 +31,7 @@ TEST(StatusStrip, TakesTheColourOfWhatItSays)
     };
     for (size_t i = 0; i < cases.size(); ++i) {
         cases[i].first();
-        EXPECT_TRUE(strip->styleSheet().contains(cases[i].second)) << i << ": " << strip->currentMessage().toStdString();
+        const QString message = strip->currentMessage();
+        EXPECT_TRUE(strip->styleSheet().contains(cases[i].second)) << i << ": " << message.toStdString();
     }
 }

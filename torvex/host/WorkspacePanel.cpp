@@ -39,7 +39,8 @@ void WorkspacePanel::refresh()
     table_->setRowCount(static_cast<int>(data.size()));
     int row = 0;
     for (const auto& [name, array] : data) {
-        const QStringList cells = {name, pythonShapeText(array.shape()), QString::fromStdString(dtypeName(array.dtype())),
+        const QStringList cells = {name, pythonShapeText(array.shape()),
+                                   QString::fromStdString(dtypeName(array.dtype())),
                                    QLocale().toString(static_cast<qlonglong>(array.nbytes()))};
         for (int column = 0; column < cells.size(); ++column)
             table_->setItem(row, column, new QTableWidgetItem(cells[column]));

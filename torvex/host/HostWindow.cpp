@@ -5,25 +5,50 @@
 #include "toolboxes/importData/ImportData.h"
 
 #include <QDockWidget>
+#include <QMenuBar>
+#include <QScreen>
 #include <QStatusBar>
+#include <QStyle>
 
 namespace torvex {
 
 HostWindow::HostWindow(const QString& filePath, bool folderMode) : appContext_(std::make_unique<AppContext>())
 {
-    setWindowTitle("Torvex");
-    statusBar()->showMessage("Workspace ready");
+    // Timed like any notice, so it never stands for a state long gone.
+    statusBar()->showMessage("Workspace ready", 5000);
     importData_ = new ImportData(this, appContext_.get(), {}, filePath, folderMode);
     // The tool builds itself as a top-level window; the host embeds it.
     importData_->setParent(this, Qt::Widget);
     setCentralWidget(importData_);
+    for (QMenu* menu : importData_->menus()) menuBar()->addMenu(menu);
+    showSource(importData_->ui->lineEdit_files_folder->text());
+    connect(importData_, &ImportData::sourceChanged, this, &HostWindow::showSource);
+    connect(appContext_->get_component("workspace_manager"), &WorkspaceManager::variableImported, this,
+            [this](const QString& notice) { statusBar()->showMessage(notice, 5000); });
 
     workspacePanel_ = new WorkspacePanel(appContext_->get_component("workspace_manager"));
     auto* dock = new QDockWidget("Workspace", this);
     dock->setObjectName("dock_workspace");
     dock->setWidget(workspacePanel_);
     addDockWidget(Qt::RightDockWidgetArea, dock);
-    resize(1500, 820);
+    fitToScreen();
+}
+
+void HostWindow::showSource(const QString& source)
+{
+    setWindowTitle(source.isEmpty() ? "Torvex - Import Data" : "Torvex - Import Data - " + source);
+}
+
+void HostWindow::fitToScreen()
+{
+    // Most of the screen it opens on, room left for the desktop's panels and the frame;
+    // on very large screens a size that still reads as one window.
+    const QRect available = screen()->availableGeometry();
+    const QSize size = (available.size() * 0.9).boundedTo(QSize(2560, 1600));
+    setGeometry(QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, size, available));
+    // The workspace column takes a quarter, no more than some sixty characters; the tool the rest.
+    const int workspaceWidth = std::min(size.width() / 4, 60 * fontMetrics().averageCharWidth());
+    resizeDocks({findChild<QDockWidget*>("dock_workspace")}, {workspaceWidth}, Qt::Horizontal);
 }
 
 HostWindow::~HostWindow()

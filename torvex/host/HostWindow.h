@@ -22,6 +22,11 @@ public:
     AppContext* appContext() const { return appContext_.get(); }
 
 private:
+    // The title names the tool's source.
+    void showSource(const QString& source);
+    // The default size and place, from the screen's free area.
+    void fitToScreen();
+
     std::unique_ptr<AppContext> appContext_;
     ImportData* importData_;
     WorkspacePanel* workspacePanel_;

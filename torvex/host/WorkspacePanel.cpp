@@ -1,6 +1,7 @@
 #include "WorkspacePanel.h"
 
 #include "AppContext.h"
+#include "toolboxes/importData/model/ImportNotice.h"
 #include "toolboxes/importData/ui/ProgressRun.h"
 
 #include <QFileDialog>
@@ -12,23 +13,14 @@
 
 namespace torvex {
 
-namespace {
-
-QString shapeTuple(const NdArray& array)
-{
-    QStringList parts;
-    for (int64_t e : array.shape()) parts << QString::number(e);
-    return "(" + parts.join(", ") + (parts.size() == 1 ? ",)" : ")");
-}
-
-} // namespace
-
 WorkspacePanel::WorkspacePanel(WorkspaceManager* manager, QWidget* parent)
     : QWidget(parent), manager_(manager), table_(new QTableWidget(0, 4, this)),
       saveButton_(new QPushButton("Save as .npy…", this))
 {
     table_->setHorizontalHeaderLabels({"Name", "Shape", "Type", "Bytes"});
-    table_->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    // Shapes and byte counts whole, the name takes what is left; a narrow column scrolls.
+    table_->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    table_->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
     table_->verticalHeader()->hide();
     table_->setSelectionBehavior(QAbstractItemView::SelectRows);
     table_->setSelectionMode(QAbstractItemView::SingleSelection);
@@ -48,7 +40,8 @@ void WorkspacePanel::refresh()
     table_->setRowCount(static_cast<int>(data.size()));
     int row = 0;
     for (const auto& [name, array] : data) {
-        const QStringList cells = {name, shapeTuple(array), QString::fromStdString(dtypeName(array.dtype())),
+        const QStringList cells = {name, pythonShapeText(array.shape()),
+                                   QString::fromStdString(dtypeName(array.dtype())),
                                    QLocale().toString(static_cast<qlonglong>(array.nbytes()))};
         for (int column = 0; column < cells.size(); ++column)
             table_->setItem(row, column, new QTableWidgetItem(cells[column]));

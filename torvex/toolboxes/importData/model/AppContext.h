@@ -27,6 +27,8 @@ public:
 
 signals:
     void workspaceChanged();
+    // A tool brought a variable in; the notice names it with its shape, type and size.
+    void variableImported(const QString& notice);
 
 private:
     std::map<QString, NdArray> data_;

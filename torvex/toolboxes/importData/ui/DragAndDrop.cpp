@@ -87,9 +87,7 @@ void ImportData::dropEvent(QDropEvent* event)
                 ui->statusbar->showMessage("Loading image: " + baseName, 3000);
                 openFileList(filePaths);
             } else {
-                ui->comboBox_outputType->setCurrentIndex(0);
-                ui->statusbar->showMessage("Loading file: " + baseName, 3000);
-                openFile(filePaths.first());
+                _openRawFile(filePaths.first());
             }
         } else {
             ui->comboBox_outputType->setCurrentIndex(1);

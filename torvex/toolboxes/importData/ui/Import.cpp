@@ -2,6 +2,8 @@
 #include "toolboxes/importData/ui/ImportData.h"
 
 #include "toolboxes/importData/model/AppContext.h"
+#include "toolboxes/importData/model/ImportNotice.h"
+#include "toolboxes/importData/ui/BusyCursor.h"
 #include "toolboxes/importData/ui/ProgressRun.h"
 
 #include <QLoggingCategory>
@@ -22,6 +24,8 @@ void ImportData::onImport()
         return;
     }
     const int row = list->currentItem() ? list->currentRow() : list->count() - 1;
+    // A large import takes a while, even with its progress dialog up.
+    const BusyCursor busy;
     try {
         if (!app_context) throw std::runtime_error("The window has no application context");
         WorkspaceManager* manager = app_context->get_component("workspace_manager");
@@ -40,6 +44,7 @@ void ImportData::onImport()
             }))
             return;
         ImportSession::handOver(*manager, name, array);
+        emit manager->variableImported(importNotice(name, array));
     } catch (const std::exception& e) {
         // Reported on the host's status bar only; the window itself shows nothing.
         if (auto* statusbar = parentApp ? parentApp->findChild<QStatusBar*>(QString(), Qt::FindDirectChildrenOnly)

@@ -2,12 +2,15 @@
 
 #include "toolboxes/importData/ui/LevelsHistogram.h"
 #include "toolboxes/importData/ui/PreviewSurface.h"
+#include "toolboxes/importData/ui/StatusTone.h"
+#include "toolboxes/importData/volume/ByteBalance.h"
 
 #include <QApplication>
 #include <QLabel>
 #include <QMenu>
 #include <QPalette>
 #include <QSignalBlocker>
+#include <QStatusBar>
 #include <QVBoxLayout>
 
 namespace torvex {
@@ -22,6 +25,7 @@ ImportData::ImportData(QWidget* parent, AppContext* app_context, const QString& 
     // Ask for no more than the small hint, so the window never holds up a host's splitter.
     setMinimumSize(0, 0);
     ui->centralwidget->setMinimumSize(0, 0);
+    _layOutColumns();
     ui->statusbar->showMessage("Ready", 5000);
     setWindowTitle("Import Data");
     setWindowIcon(getIcon("windowIcon"));
@@ -31,7 +35,6 @@ ImportData::ImportData(QWidget* parent, AppContext* app_context, const QString& 
     setContextMenuPolicy(Qt::PreventContextMenu);
     ui->pushButton_import->setIcon(getIcon("windowIcon"));
 
-    ui->statusbar->setStyleSheet("background-color: #16825d;color: #ffffff;font-size: 9pt;");
     _pixel_info_label = new QLabel;
     _pixel_info_label->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     _pixel_info_label->setStyleSheet("color: #ffffff; font-size: 9pt; padding-right: 6px;");
@@ -40,6 +43,8 @@ ImportData::ImportData(QWidget* parent, AppContext* app_context, const QString& 
     _bytes_badge->hide();
     ui->statusbar->addPermanentWidget(_pixel_info_label);
     ui->statusbar->addPermanentWidget(_bytes_badge);
+    _toneStatus(ui->statusbar->currentMessage());
+    connect(ui->statusbar, &QStatusBar::messageChanged, this, &ImportData::_toneStatus);
 
     _showFrameSlider(false);
 
@@ -104,6 +109,8 @@ ImportData::ImportData(QWidget* parent, AppContext* app_context, const QString& 
         ui->comboBox_outputType->setEnabled(false);
         ui->stackedWidget_preview->setCurrentIndex(1);
     }
+    _buildMenus();
+    connect(ui->lineEdit_files_folder, &QLineEdit::textChanged, this, &ImportData::sourceChanged);
     if (!filePath.isEmpty()) openFile(filePath);
     setAcceptDrops(true);
 }
@@ -138,6 +145,19 @@ void ImportData::_buildPreviewSurface(QWidget* holder, PreviewSurface*& surface,
 }
 
 std::optional<Mode> ImportData::_mode() const { return modeOfText(ui->comboBox_outputType->currentText()); }
+
+void ImportData::_toneStatus(const QString& message)
+{
+    StatusTone tone = statusToneOf(message);
+    // A raw file that loads with bytes over or missing is no plain success: the badge beside it says so.
+    if (tone == StatusTone::Success && !_bytes_badge->isHidden() && readedBinary) {
+        const std::optional<ByteBalance> balance =
+            ByteBalance::of(readedBinary->size(), _captureVolumeParams().layout());
+        if (balance && !balance->matched()) tone = StatusTone::Warning;
+    }
+    const QString sheet = statusStyleSheet(tone);
+    if (ui->statusbar->styleSheet() != sheet) ui->statusbar->setStyleSheet(sheet);
+}
 
 void ImportData::_showError(const std::exception& e)
 {

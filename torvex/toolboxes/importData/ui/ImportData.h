@@ -5,6 +5,7 @@
 #include "toolboxes/importData/loadfunction/LoadFunctionParams.h"
 #include "toolboxes/importData/model/ImportSession.h"
 #include "toolboxes/importData/sequence/ImageLoaderWorker.h"
+#include "toolboxes/importData/ui/FileDialogs.h"
 #include "toolboxes/importData/ui/ImportDataForm.h"
 #include "toolboxes/importData/volume/NdArray.h"
 
@@ -24,6 +25,8 @@
 
 class QLabel;
 class QListWidgetItem;
+class QMenu;
+class QMessageBox;
 class QThread;
 
 namespace torvex {
@@ -85,6 +88,21 @@ public:
     void openFileList(const QStringList& fileList);
     void onOpenFiles();
     void onOpenFolder();
+    // Asks for a raw file and opens it as Volume Data, as a dropped one.
+    void onOpenRawFile();
+    // The folder of the current source, where the open dialogs start; empty with none.
+    QString currentSourceFolder() const;
+    // The dialogs the open handlers ask; a test puts stand-ins here.
+    FileDialogs fileDialogs;
+
+    // The menus of the tool (File, Data, View, Help), for the host's menu bar.
+    // Their shortcuts work in whichever window holds the tool.
+    const QList<QMenu*>& menus() const { return _menus; }
+    // The preview of the current mode: one image pixel per screen pixel, or fitted.
+    void onResetZoom();
+    void onFitView();
+    // A short guide to the panel's terms, beside the window.
+    void onShowHelp();
 
     // Raw volume decoding, axis transfer, parameter panel and preview.
     void praseStackImages(const QString& imgType = {}, int offset = 0, int gap = 0, int width = 0, int height = 0,
@@ -136,6 +154,11 @@ public:
     void onGenerateFunction();
     void onSaveToFile(const QString& function_body);
 
+signals:
+    // The path of the source shown in the path line: a raw file, a folder, or
+    // the folder of a list of images; empty with none.
+    void sourceChanged(const QString& source);
+
 protected:
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dragMoveEvent(QDragMoveEvent* event) override;
@@ -145,9 +168,19 @@ protected:
 private:
     // True while a handler sets many check boxes whose own reactions it replaces.
     bool _checkBatch = false;
+    QList<QMenu*> _menus;
+    QPointer<QMessageBox> _helpGuide;
 
     // The mode the window shows, from comboBox_outputType; none for another text.
     std::optional<Mode> _mode() const;
+    void _buildMenus();
+    // Shares the window's room between the controls and the preview, for any screen.
+    void _layOutColumns();
+    // The road of a single raw file, from a drop or the menu, once the old source is reset:
+    // Volume Data, then openFile.
+    void _openRawFile(const QString& path);
+    // Colours the status strip after what it says.
+    void _toneStatus(const QString& message);
     void _setAllChecks(const std::function<bool(int)>& checked);
     void _buildPreviewSurface(QWidget* holder, PreviewSurface*& surface, PreviewImageItem*& image,
                               PreviewPlot*& plot, const QColor& background, const QColor& text);

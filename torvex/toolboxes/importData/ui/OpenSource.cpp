@@ -3,7 +3,6 @@
 
 #include "toolboxes/importData/sequence/PythonPath.h"
 
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QMessageBox>
 
@@ -19,7 +18,7 @@ void ImportData::_showFrameSlider(bool visible)
 
 void ImportData::onOpenFiles()
 {
-    const QStringList picked = QFileDialog::getOpenFileNames(this, "Open Files", "", "All Files (*.*)");
+    const QStringList picked = fileDialogs.openFiles(this, "Open Files", currentSourceFolder(), "All Files (*.*)");
     if (picked.isEmpty()) return;
     _session.resetSource();
     ui->comboBox_outputType->setCurrentIndex(1);
@@ -28,11 +27,34 @@ void ImportData::onOpenFiles()
 
 void ImportData::onOpenFolder()
 {
-    const QString folder = QFileDialog::getExistingDirectory(this, "Open Folder", "");
+    const QString folder = fileDialogs.openFolder(this, "Open Folder", currentSourceFolder());
     if (folder.isEmpty()) return;
     _session.resetSource();
     ui->comboBox_outputType->setCurrentIndex(1);
     openFile(folder);
+}
+
+void ImportData::onOpenRawFile()
+{
+    const QString path = fileDialogs.openFile(this, "Open Raw File", currentSourceFolder(), "All Files (*)");
+    if (path.isEmpty()) return;
+    _session.resetSource();
+    _openRawFile(path);
+}
+
+void ImportData::_openRawFile(const QString& path)
+{
+    ui->comboBox_outputType->setCurrentIndex(0);
+    ui->statusbar->showMessage("Loading file: " + QFileInfo(path).fileName(), 3000);
+    openFile(path);
+}
+
+QString ImportData::currentSourceFolder() const
+{
+    const QString source = ui->lineEdit_files_folder->text();
+    if (source.isEmpty()) return {};
+    const QFileInfo info(source);
+    return info.isDir() ? info.absoluteFilePath() : info.absolutePath();
 }
 
 void ImportData::openFile(const QString& fileName)

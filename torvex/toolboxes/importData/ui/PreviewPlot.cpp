@@ -69,15 +69,25 @@ QPointF PreviewPlot::mapSceneToView(QPointF scenePos) const
 void PreviewPlot::autoRange()
 {
     autoRange_ = true;
-    const QRectF bounds = itemsBoundingRect();
     const QSize viewport = surface_->viewport()->size();
-    if (bounds.isEmpty() || viewport.isEmpty()) return;
-    const double margin = panMargin * std::max(bounds.width(), bounds.height());
-    surface_->setSceneRect(bounds.adjusted(-margin, -margin, margin, margin));
+    if (viewport.isEmpty()) return;
+    const QRectF bounds = coverItems();
+    if (bounds.isEmpty()) return;
     double sx = viewport.width() / bounds.width(), sy = viewport.height() / bounds.height();
     if (aspectLocked_) sx = sy = std::min(sx, sy);
     fittedScale_ = std::min(sx, sy);
     applyScale(sx, sy);
+    surface_->centerOn(bounds.center());
+}
+
+void PreviewPlot::resetZoom()
+{
+    const QRectF bounds = coverItems();
+    if (bounds.isEmpty()) return;
+    autoRange_ = false;
+    // The transform maps to device-independent pixels; a screen pixel is smaller on a scaled screen.
+    const double scale = 1.0 / surface_->devicePixelRatioF();
+    applyScale(scale, scale);
     surface_->centerOn(bounds.center());
 }
 
@@ -106,6 +116,15 @@ QRectF PreviewPlot::itemsBoundingRect() const
     QRectF bounds;
     for (const PreviewImageItem* item : items_)
         if (item) bounds |= item->sceneBoundingRect();
+    return bounds;
+}
+
+QRectF PreviewPlot::coverItems()
+{
+    const QRectF bounds = itemsBoundingRect();
+    if (bounds.isEmpty()) return bounds;
+    const double margin = panMargin * std::max(bounds.width(), bounds.height());
+    surface_->setSceneRect(bounds.adjusted(-margin, -margin, margin, margin));
     return bounds;
 }
 

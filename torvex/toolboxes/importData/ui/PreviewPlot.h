@@ -41,6 +41,8 @@ public:
     QMenu* getMenu() const { return menu_; }
     // Fits all items into view and keeps them fitted until the user zooms or pans.
     void autoRange();
+    // One array pixel per screen pixel, the items centred; the user's view from then on.
+    void resetZoom();
 
     // Zooms by factor about a point of the surface's viewport, within limits
     // set by the fitted scale.
@@ -52,6 +54,8 @@ public:
 
 private:
     QRectF itemsBoundingRect() const;
+    // Lets the view pan well beyond the items; their bounds, empty with nothing to show.
+    QRectF coverItems();
     void applyScale(double sx, double sy);
 
     PreviewSurface* surface_;

@@ -26,6 +26,9 @@ TEST(StatusStrip, TakesTheColourOfWhatItSays)
         {[&] { strip->showMessage("Numbered names out of order: a10.png sorts before a2.png"); }, amber},
         {[&] { strip->showMessage("Remaining bytes (unread): +0"); }, green},
         {[&] { strip->showMessage("3 image(s) loaded"); }, green},
+        {[&] { w.onGuessLayout(); }, amber}, // "Cannot guess: ..." on a constant file
+        {[&] { strip->showMessage("Guessed 8-bit, 400 x 640 x 1, little endian, from the file size"); }, green},
+        {[&] { strip->showMessage("The file changed on disk while open (...): a.raw"); }, amber},
         {[&] { strip->showMessage("Loading file: a.raw"); }, slate},
         {[&] { strip->clearMessage(); }, slate},
     };

@@ -11,10 +11,12 @@ StatusTone statusToneOf(const QString& message)
     if (message.startsWith("Remaining bytes"))
         return message.endsWith(": +0") ? StatusTone::Success : StatusTone::Warning;
     static const QStringList warnings = {"No binary data loaded", "Set width and height", "No valid files",
-                                         "Missing ", "Numbered names out of order"};
+                                         "Missing ", "Numbered names out of order",
+                                         "Cannot guess", "The file changed on disk"};
     for (const QString& start : warnings)
         if (message.startsWith(start)) return StatusTone::Warning;
-    static const QStringList successes = {"loaded successfully", "image(s) loaded", "files found in the folder"};
+    static const QStringList successes = {"loaded successfully", "image(s) loaded", "files found in the folder",
+                                          "Guessed "};
     for (const QString& part : successes)
         if (message.contains(part)) return StatusTone::Success;
     return StatusTone::Neutral;

@@ -78,7 +78,7 @@ void LevelsHistogram::countWaiting()
     waiting_.reset();
     countingRange_ = range;
     const int binCount = integral_ ? static_cast<int>(std::min<double>(bins, range.hi - range.lo)) : bins;
-    counting_.setFuture(QtConcurrent::run([frame = std::move(frame), range, binCount] {
+    counting_.setFuture(QtConcurrent::run([frame = std::move(frame), range = range, binCount] {
         return sampledHistogram(frame, range, binCount, drawnHistogramSamples);
     }));
 }

@@ -128,9 +128,11 @@ OIIO::ImageInput::unique_ptr openImage(const std::string& file, bool rawColour)
 
 void checkClaimedSize(const OIIO::ImageSpec& header, uintmax_t fileBytes)
 {
-    checkPlausibleSize(double(header.width) * double(header.height) * double(std::max(header.depth, 1)) *
-                           double(header.nchannels) * double(header.format.size()),
-                       double(fileBytes));
+    const double rowBytes = double(header.width) * double(header.nchannels) * double(header.format.size());
+    checkPlausibleSize(rowBytes * double(header.height) * double(std::max(header.depth, 1)), double(fileBytes));
+    // The TIFF reader sizes its strip buffer by the strip's stated rows, even
+    // past the image's height.
+    checkPlausibleSize(rowBytes * double(unsigned(header.get_int_attribute("tiff:RowsPerStrip", 0))), double(fileBytes));
 }
 
 DecodedImage decodeStoredImage(const QString& path, const PixelAllocator& allocate)

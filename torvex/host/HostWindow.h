@@ -8,6 +8,7 @@ namespace torvex {
 
 class AppContext;
 class ImportData;
+class PythonConsole;
 class WorkspacePanel;
 
 // The stand-in host: the Import Data tool beside the workspace it fills.
@@ -19,12 +20,14 @@ public:
 
     ImportData* importData() const { return importData_; }
     WorkspacePanel* workspacePanel() const { return workspacePanel_; }
+    PythonConsole* pythonConsole() const { return pythonConsole_; }
     AppContext* appContext() const { return appContext_.get(); }
 
 private:
     std::unique_ptr<AppContext> appContext_;
     ImportData* importData_;
     WorkspacePanel* workspacePanel_;
+    PythonConsole* pythonConsole_;
 };
 
 } // namespace torvex

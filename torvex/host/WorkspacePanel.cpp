@@ -1,6 +1,6 @@
 #include "WorkspacePanel.h"
 
-#include "AppContext.h"
+#include "PythonWorkspaceManager.h"
 
 #include <QFileDialog>
 #include <QHeaderView>
@@ -13,21 +13,31 @@ namespace torvex {
 
 namespace {
 
-QString shapeTuple(const NdArray& array)
+// The shape as Python writes a tuple.
+QString shapeTuple(const Shape& shape)
 {
     QStringList parts;
-    for (int64_t e : array.shape()) parts << QString::number(e);
+    for (int64_t e : shape) parts << QString::number(e);
     return "(" + parts.join(", ") + (parts.size() == 1 ? ",)" : ")");
+}
+
+QTableWidgetItem* cell(const QString& text, const QString& toolTip)
+{
+    auto* item = new QTableWidgetItem(text);
+    item->setToolTip(toolTip);
+    return item;
 }
 
 } // namespace
 
-WorkspacePanel::WorkspacePanel(WorkspaceManager* manager, QWidget* parent)
+WorkspacePanel::WorkspacePanel(PythonWorkspaceManager* manager, QWidget* parent)
     : QWidget(parent), manager_(manager), table_(new QTableWidget(0, 4, this)),
       saveButton_(new QPushButton("Save as .npy…", this))
 {
-    table_->setHorizontalHeaderLabels({"Name", "Shape", "Type", "Bytes"});
-    table_->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    table_->setHorizontalHeaderLabels({"Name", "Shape", "Type", "Size"});
+    // Each column as wide as its longest value, so that none is cut.
+    table_->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    table_->horizontalHeader()->setStretchLastSection(true);
     table_->verticalHeader()->hide();
     table_->setSelectionBehavior(QAbstractItemView::SelectRows);
     table_->setSelectionMode(QAbstractItemView::SingleSelection);
@@ -43,32 +53,27 @@ WorkspacePanel::WorkspacePanel(WorkspaceManager* manager, QWidget* parent)
 
 void WorkspacePanel::refresh()
 {
-    const auto& data = manager_->get_workspace_data();
-    table_->setRowCount(static_cast<int>(data.size()));
+    const std::vector<WorkspaceVariable>& variables = manager_->variables();
+    const QLocale locale;
+    table_->setRowCount(static_cast<int>(variables.size()));
     int row = 0;
-    for (const auto& [name, array] : data) {
-        const QStringList cells = {name, shapeTuple(array), QString::fromStdString(dtypeName(array.dtype())),
-                                   QLocale().toString(static_cast<qlonglong>(array.nbytes()))};
-        for (int column = 0; column < cells.size(); ++column)
-            table_->setItem(row, column, new QTableWidgetItem(cells[column]));
+    for (const WorkspaceVariable& v : variables) {
+        const QString elements = locale.toString(static_cast<qlonglong>(elementCount(v.shape)));
+        table_->setItem(row, 0, cell(v.name, v.name));
+        table_->setItem(row, 1, cell(shapeTuple(v.shape), elements + " elements"));
+        table_->setItem(row, 2, cell(v.type, "NumPy dtype " + v.type));
+        table_->setItem(row, 3, cell(locale.formattedDataSize(v.bytes, 1, QLocale::DataSizeIecFormat),
+                                     locale.toString(static_cast<qlonglong>(v.bytes)) + " bytes"));
         ++row;
     }
-    saveButton_->setEnabled(!data.empty());
+    saveButton_->setEnabled(!variables.empty());
 }
 
 QString WorkspacePanel::saveRow(int row, const QString& path)
 {
     const QTableWidgetItem* nameItem = table_->item(row, 0);
     if (!nameItem) return "No variable in that row";
-    const auto& data = manager_->get_workspace_data();
-    const auto found = data.find(nameItem->text());
-    if (found == data.end()) return "The variable " + nameItem->text() + " is no longer in the workspace";
-    try {
-        saveNpy(found->second, path);
-    } catch (const std::exception& e) {
-        return QString::fromStdString(e.what());
-    }
-    return {};
+    return manager_->saveVariable(nameItem->text(), path);
 }
 
 void WorkspacePanel::onSave()

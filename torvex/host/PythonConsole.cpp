@@ -3,6 +3,7 @@
 #include "HistoryLineEdit.h"
 #include "PythonWorkspaceManager.h"
 
+#include <QApplication>
 #include <QFile>
 #include <QFontDatabase>
 #include <QHBoxLayout>
@@ -91,6 +92,8 @@ void PythonConsole::setBusy(bool busy)
     runButton_->setToolTip(busy ? "Interrupt the running statement (Ctrl+C in the input line)" : "Run the statement (Enter)");
     input_->setReadOnly(busy);
     setCursor(busy ? Qt::BusyCursor : Qt::ArrowCursor);
+    // After Stop the button has the focus; typing goes on in the input line.
+    if (!busy && isAncestorOf(QApplication::focusWidget())) input_->setFocus();
 }
 
 } // namespace torvex

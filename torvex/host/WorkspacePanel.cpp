@@ -6,6 +6,7 @@
 #include <QHeaderView>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTableWidget>
 #include <QVBoxLayout>
 
@@ -37,7 +38,6 @@ WorkspacePanel::WorkspacePanel(PythonWorkspaceManager* manager, QWidget* parent)
     table_->setHorizontalHeaderLabels({"Name", "Shape", "Type", "Size"});
     // Each column as wide as its longest value, so that none is cut.
     table_->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
-    table_->horizontalHeader()->setStretchLastSection(true);
     table_->verticalHeader()->hide();
     table_->setSelectionBehavior(QAbstractItemView::SelectRows);
     table_->setSelectionMode(QAbstractItemView::SingleSelection);
@@ -67,6 +67,14 @@ void WorkspacePanel::refresh()
         ++row;
     }
     saveButton_->setEnabled(!variables.empty());
+    // Wide enough for every column whole, up to a width that still leaves the
+    // tool its room on a 1366 px screen; beyond that the table scrolls.
+    constexpr int widestTable = 420;
+    const QAbstractItemView* view = table_; // where sizeHintForColumn is public
+    int needed = 2 * table_->frameWidth() + table_->verticalScrollBar()->sizeHint().width(); // room for many rows
+    for (int column = 0; column < table_->columnCount(); ++column)
+        needed += std::max(view->sizeHintForColumn(column), table_->horizontalHeader()->sectionSizeHint(column));
+    table_->setMinimumWidth(std::min(needed, widestTable));
 }
 
 QString WorkspacePanel::saveRow(int row, const QString& path)

@@ -37,12 +37,14 @@ int main(int argc, char* argv[])
     window.show();
     if (parser.isSet("script")) {
         // A scripted session also prints what the workspace's Python prints, for logs and tests.
-        QObject::connect(qobject_cast<torvex::PythonWorkspaceManager*>(
-                             window.appContext()->get_component("workspace_manager")),
-                         &torvex::PythonWorkspaceManager::output, [](const QString& text) {
-                             std::fputs(text.toLocal8Bit().constData(), stdout);
-                             std::fflush(stdout);
-                         });
+        auto* workspace = qobject_cast<torvex::PythonWorkspaceManager*>(
+            window.appContext()->get_component("workspace_manager"));
+        if (!workspace->unavailableReason().isEmpty())
+            std::fprintf(stderr, "%s\n", qPrintable(workspace->unavailableReason()));
+        QObject::connect(workspace, &torvex::PythonWorkspaceManager::output, [](const QString& text) {
+            std::fputs(text.toLocal8Bit().constData(), stdout);
+            std::fflush(stdout);
+        });
         // From the event loop, so that the window has painted before the script starts.
         QTimer::singleShot(0, &window, [&window, script = parser.value("script")] {
             window.pythonConsole()->runScript(script);

@@ -136,6 +136,10 @@ TEST(PythonWorkspace, FailingStatementsAreReportedAndTheWorkspaceStaysConsistent
     workspace.update_workspace_data(data);
     EXPECT_EQ(workspace.run_python("cdata_old, cdata"), "('mine', array([0, 0], dtype=uint8))\n");
     EXPECT_EQ(notes.size(), 1);
+
+    // A stream kept from one statement is still safe to write to in the next.
+    workspace.run_python("import sys; kept = sys.stdout");
+    EXPECT_EQ(workspace.run_python("kept.write('late')"), "4\n");
 }
 
 TEST(PythonWorkspace, TheConsoleRunsLongStatementsThatStopOnRequestOrWhenTheWindowCloses)

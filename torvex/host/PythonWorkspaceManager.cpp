@@ -60,7 +60,10 @@ struct PythonWorkspaceManager::Python {
 
 // One console statement on its thread. Its mutex guards the fields below it.
 struct PythonWorkspaceManager::Run {
-    unsigned long threadId = 0; // read and written with the GIL held
+    // Read and written with the GIL held: the statement's thread while it
+    // runs, and a Stop that came before it began.
+    unsigned long threadId = 0;
+    bool stopRequested = false;
     std::mutex mutex;
     std::condition_variable doneChanged;
     PythonWorkspaceManager* manager; // null once the manager has gone
@@ -246,6 +249,7 @@ bool PythonWorkspaceManager::start(const QString& code, const QString& fileName,
         {
             py::gil_scoped_acquire gil;
             run->threadId = PyThread_get_thread_ident();
+            if (run->stopRequested) PyThreadState_SetAsyncExc(run->threadId, PyExc_KeyboardInterrupt);
             try {
                 const py::cpp_function emitText([run](const py::str& text) { run->append(QString::fromStdString(text)); });
                 python->console.attr("run")(code, python->names, emitText, fileName, interactive);
@@ -269,6 +273,7 @@ void PythonWorkspaceManager::interrupt()
     std::thread([run = run_] {
         py::gil_scoped_acquire gil;
         if (run->threadId) PyThreadState_SetAsyncExc(run->threadId, PyExc_KeyboardInterrupt);
+        else run->stopRequested = true;
     }).detach();
 }
 

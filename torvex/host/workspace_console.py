@@ -14,16 +14,24 @@ WORKSPACE_TYPES = {'u1', 'i2', 'u2', 'i4', 'u4', 'f2', 'f4', 'f8'}
 
 
 class _Sink(io.TextIOBase):
-    """A text stream that hands each piece of text to the host as it comes."""
+    """A text stream that hands each piece of text to the host as it comes.
+    Once its statement has ended (closed), text that still arrives, from a
+    stream kept by the user's code, goes to the process's own stream."""
 
-    def __init__(self, emit):
-        self._emit = emit
+    def __init__(self, emit, fallback):
+        self._emit, self._fallback = emit, fallback
 
     def writable(self):
         return True
 
+    def close(self):
+        self._emit = None
+
     def write(self, text):
-        self._emit(text)
+        if self._emit is not None:
+            self._emit(text)
+        elif self._fallback is not None:
+            self._fallback.write(text)
         return len(text)
 
 
@@ -36,7 +44,7 @@ def _user_traceback(tb):
 
 def run(code, namespace, emit, filename='<console>', interactive=True):
     """Runs code in namespace; everything it prints goes to emit(text)."""
-    sink = _Sink(emit)
+    sink = _Sink(emit, sys.__stderr__)
     with contextlib.redirect_stdout(sink), contextlib.redirect_stderr(sink):
         saved_stdin, sys.stdin = sys.stdin, io.StringIO()  # input() ends at once, no wait for a terminal
         try:
@@ -55,6 +63,7 @@ def run(code, namespace, emit, filename='<console>', interactive=True):
             traceback.print_exception(type(error), error, _user_traceback(error.__traceback__))
         finally:
             sys.stdin = saved_stdin
+            sink.close()
 
 
 def arrays(namespace):

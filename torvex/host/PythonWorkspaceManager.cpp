@@ -208,9 +208,8 @@ QString PythonWorkspaceManager::takeConsoleChanges()
                     ++it;
                     continue;
                 }
-                notes += name + " is now " + QString::fromStdString(py::str(py::type::of(value).attr("__name__")))
-                         + (py::isinstance<py::array>(value) ? " of " + QString::fromStdString(py::str(value.attr("dtype")))
-                                                             : QString())
+                const std::string kind = py::str(python_->console.attr("describe")(value));
+                notes += name + " is now " + QString::fromStdString(kind)
                          + ", which the workspace cannot hold: it stays in the console only.\n";
             }
             data.erase(name);

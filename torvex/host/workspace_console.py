@@ -73,6 +73,12 @@ def arrays(namespace):
                   if isinstance(value, numpy.ndarray) and not name.startswith('_'))
 
 
+def describe(value):
+    """What a value is, in a few words: 'str', 'ndarray of int64'."""
+    kind = type(value).__name__
+    return f'{kind} of {value.dtype}' if isinstance(value, numpy.ndarray) else kind
+
+
 def workspace_copy(value):
     """value as a C-ordered array in this machine's byte order, when it is an
     array of a type the workspace holds; else None."""

@@ -1,12 +1,15 @@
 #include "HostWindow.h"
 
 #include "AppContext.h"
+#include "PythonConsole.h"
+#include "PythonWorkspaceManager.h"
 #include "WorkspacePanel.h"
 #include "toolboxes/importData/ImportData.h"
 
 #include <QDockWidget>
 #include <QMenuBar>
 #include <QScreen>
+#include <QSplitter>
 #include <QStatusBar>
 #include <QStyle>
 
@@ -26,10 +29,18 @@ HostWindow::HostWindow(const QString& filePath, bool folderMode) : appContext_(s
     connect(appContext_->get_component("workspace_manager"), &WorkspaceManager::variableImported, this,
             [this](const QString& notice) { statusBar()->showMessage(notice, 5000); });
 
-    workspacePanel_ = new WorkspacePanel(appContext_->get_component("workspace_manager"));
+    // The host's own context keeps the workspace in Python (see AppContext.h).
+    auto* workspace = qobject_cast<PythonWorkspaceManager*>(appContext_->get_component("workspace_manager"));
+    workspacePanel_ = new WorkspacePanel(workspace);
+    pythonConsole_ = new PythonConsole(workspace);
+    // The console sits under the table in the same column: the window gets no wider.
+    auto* column = new QSplitter(Qt::Vertical);
+    column->addWidget(workspacePanel_);
+    column->addWidget(pythonConsole_);
+    column->setStretchFactor(1, 1);
     auto* dock = new QDockWidget("Workspace", this);
     dock->setObjectName("dock_workspace");
-    dock->setWidget(workspacePanel_);
+    dock->setWidget(column);
     addDockWidget(Qt::RightDockWidgetArea, dock);
     fitToScreen();
 }

@@ -8,6 +8,7 @@ namespace torvex {
 
 class AppContext;
 class ImportData;
+class PythonConsole;
 class WorkspacePanel;
 
 // The stand-in host: the Import Data tool beside the workspace it fills.
@@ -19,6 +20,7 @@ public:
 
     ImportData* importData() const { return importData_; }
     WorkspacePanel* workspacePanel() const { return workspacePanel_; }
+    PythonConsole* pythonConsole() const { return pythonConsole_; }
     AppContext* appContext() const { return appContext_.get(); }
 
 private:
@@ -30,6 +32,7 @@ private:
     std::unique_ptr<AppContext> appContext_;
     ImportData* importData_;
     WorkspacePanel* workspacePanel_;
+    PythonConsole* pythonConsole_;
 };
 
 } // namespace torvex

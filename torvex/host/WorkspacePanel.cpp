@@ -1,6 +1,6 @@
 #include "WorkspacePanel.h"
 
-#include "AppContext.h"
+#include "PythonWorkspaceManager.h"
 #include "toolboxes/importData/model/ImportNotice.h"
 #include "toolboxes/importData/ui/ProgressRun.h"
 
@@ -8,19 +8,30 @@
 #include <QHeaderView>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTableWidget>
 #include <QVBoxLayout>
 
 namespace torvex {
 
-WorkspacePanel::WorkspacePanel(WorkspaceManager* manager, QWidget* parent)
+namespace {
+
+QTableWidgetItem* cell(const QString& text, const QString& toolTip)
+{
+    auto* item = new QTableWidgetItem(text);
+    item->setToolTip(toolTip);
+    return item;
+}
+
+} // namespace
+
+WorkspacePanel::WorkspacePanel(PythonWorkspaceManager* manager, QWidget* parent)
     : QWidget(parent), manager_(manager), table_(new QTableWidget(0, 4, this)),
       saveButton_(new QPushButton("Save as .npy…", this))
 {
-    table_->setHorizontalHeaderLabels({"Name", "Shape", "Type", "Bytes"});
-    // Shapes and byte counts whole, the name takes what is left; a narrow column scrolls.
+    table_->setHorizontalHeaderLabels({"Name", "Shape", "Type", "Size"});
+    // Each column as wide as its longest value, so that none is cut.
     table_->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
-    table_->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
     table_->verticalHeader()->hide();
     table_->setSelectionBehavior(QAbstractItemView::SelectRows);
     table_->setSelectionMode(QAbstractItemView::SingleSelection);
@@ -36,33 +47,35 @@ WorkspacePanel::WorkspacePanel(WorkspaceManager* manager, QWidget* parent)
 
 void WorkspacePanel::refresh()
 {
-    const auto& data = manager_->get_workspace_data();
-    table_->setRowCount(static_cast<int>(data.size()));
+    const std::vector<WorkspaceVariable>& variables = manager_->variables();
+    const QLocale locale;
+    table_->setRowCount(static_cast<int>(variables.size()));
     int row = 0;
-    for (const auto& [name, array] : data) {
-        const QStringList cells = {name, pythonShapeText(array.shape()),
-                                   QString::fromStdString(dtypeName(array.dtype())),
-                                   QLocale().toString(static_cast<qlonglong>(array.nbytes()))};
-        for (int column = 0; column < cells.size(); ++column)
-            table_->setItem(row, column, new QTableWidgetItem(cells[column]));
+    for (const WorkspaceVariable& v : variables) {
+        const QString elements = locale.toString(static_cast<qlonglong>(elementCount(v.shape)));
+        table_->setItem(row, 0, cell(v.name, v.name));
+        table_->setItem(row, 1, cell(pythonShapeText(v.shape), elements + " elements"));
+        table_->setItem(row, 2, cell(v.type, "NumPy dtype " + v.type));
+        table_->setItem(row, 3, cell(locale.formattedDataSize(v.bytes, 1, QLocale::DataSizeIecFormat),
+                                     locale.toString(static_cast<qlonglong>(v.bytes)) + " bytes"));
         ++row;
     }
-    saveButton_->setEnabled(!data.empty());
+    saveButton_->setEnabled(!variables.empty());
+    // Wide enough for every column whole, up to a width that still leaves the
+    // tool its room on a 1366 px screen; beyond that the table scrolls.
+    constexpr int widestTable = 420;
+    const QAbstractItemView* view = table_; // where sizeHintForColumn is public
+    int needed = 2 * table_->frameWidth() + table_->verticalScrollBar()->sizeHint().width(); // room for many rows
+    for (int column = 0; column < table_->columnCount(); ++column)
+        needed += std::max(view->sizeHintForColumn(column), table_->horizontalHeader()->sectionSizeHint(column));
+    table_->setMinimumWidth(std::min(needed, widestTable));
 }
 
 QString WorkspacePanel::saveRow(int row, const QString& path)
 {
     const QTableWidgetItem* nameItem = table_->item(row, 0);
     if (!nameItem) return "No variable in that row";
-    const auto& data = manager_->get_workspace_data();
-    const auto found = data.find(nameItem->text());
-    if (found == data.end()) return "The variable " + nameItem->text() + " is no longer in the workspace";
-    try {
-        saveNpy(found->second, path);
-    } catch (const std::exception& e) {
-        return QString::fromStdString(e.what());
-    }
-    return {};
+    return manager_->saveVariable(nameItem->text(), path);
 }
 
 void WorkspacePanel::onSave()

@@ -7,14 +7,15 @@ class QTableWidget;
 
 namespace torvex {
 
-class WorkspaceManager;
+class PythonWorkspaceManager;
 
-// The host's view of its workspace: one row per variable (name, shape,
-// element type, bytes), and a way to save a variable as a NumPy .npy file.
+// The host's view of its workspace: one row per NumPy array (name, shape,
+// element type, size), those made in the console included, and a way to
+// save one as a NumPy .npy file.
 class WorkspacePanel : public QWidget {
     Q_OBJECT
 public:
-    explicit WorkspacePanel(WorkspaceManager* manager, QWidget* parent = nullptr);
+    explicit WorkspacePanel(PythonWorkspaceManager* manager, QWidget* parent = nullptr);
 
     void refresh();
     // Saves the variable of that row to path; returns the failure text, or empty.
@@ -24,7 +25,7 @@ public:
 private:
     void onSave();
 
-    WorkspaceManager* manager_;
+    PythonWorkspaceManager* manager_;
     QTableWidget* table_;
     QPushButton* saveButton_;
 };

@@ -13,7 +13,21 @@ void WorkspaceManager::update_workspace_data(std::map<QString, NdArray>& workspa
     emit workspaceChanged();
 }
 
-AppContext::AppContext() : workspaceManager_(std::make_unique<WorkspaceManager>()) {}
+QString WorkspaceManager::run_python(const QString&)
+{
+    return "There is no Python in this host: the workspace keeps its arrays without an interpreter.\n";
+}
+
+namespace {
+AppContext::WorkspaceFactory workspaceFactory = nullptr;
+}
+
+void AppContext::setWorkspaceFactory(WorkspaceFactory factory) { workspaceFactory = factory; }
+
+AppContext::AppContext()
+    : workspaceManager_(workspaceFactory ? workspaceFactory() : std::make_unique<WorkspaceManager>())
+{
+}
 AppContext::~AppContext() = default;
 
 WorkspaceManager* AppContext::get_component(const QString& name)

@@ -24,6 +24,9 @@ public:
     virtual std::map<QString, NdArray>& get_workspace_data();
     // Takes the whole map back and tells the host's views that it changed.
     virtual void update_workspace_data(std::map<QString, NdArray>& workspace_data);
+    // Runs Python code in the workspace and returns what it printed; this
+    // plain manager has no interpreter and says so.
+    virtual QString run_python(const QString& code);
 
 signals:
     void workspaceChanged();
@@ -39,6 +42,11 @@ class AppContext {
 public:
     AppContext();
     virtual ~AppContext();
+
+    // How a host that keeps its workspace elsewhere (an embedded interpreter)
+    // makes its manager; contexts made afterwards own one of those.
+    using WorkspaceFactory = std::unique_ptr<WorkspaceManager> (*)();
+    static void setWorkspaceFactory(WorkspaceFactory factory);
 
     // The workspace manager for "workspace_manager", nullptr for any other name.
     virtual WorkspaceManager* get_component(const QString& name);

@@ -14,6 +14,7 @@
 #include <QThread>
 
 #include <csignal>
+#include <mutex>
 
 #include <fcntl.h>
 #include <grp.h>
@@ -282,39 +283,58 @@ TEST(FaultInjection, LongWorkCanBeCancelledAndFailuresPassThrough)
               "disk full");
 }
 
-// Follows every load that a window starts from now on, caught when the window
-// announces it, before its thread starts. Load i is held in its thread at the
-// file numbered hold[i] until it is cancelled and every hold has been reached.
-class LoadHook {
+// Follows every load started from now on, caught as its worker moves to its
+// thread, before the thread starts. Load i is held in its thread at the file
+// numbered hold[i] until it is cancelled and every hold has been reached.
+class LoadHook : public QObject {
 public:
-    LoadHook(ImportData& w, std::vector<int> hold) : hold_(std::move(hold))
+    explicit LoadHook(std::vector<int> hold) : hold_(std::move(hold))
     {
-        QObject::connect(w.ui->statusbar, &QStatusBar::messageChanged, &context_, [this, &w] {
-            _ImageLoaderWorker* worker = w._loader_worker.data();
-            if (!worker || (!loads_.empty() && loads_.back()->worker == worker)) return;
-            Load& load = *loads_.emplace_back(std::make_unique<Load>());
-            load.worker = worker;
-            const int holdAt = loads_.size() <= hold_.size() ? hold_[loads_.size() - 1] : -1;
-            const auto progress = [this, &load, worker, holdAt](int done) {
-                load.lastDone = done;
-                if (done != holdAt) return;
-                ++inside_;
-                ++held;
-                for (int ms = 0; ms < 30000 && !(worker->_cancelled && held == int(hold_.size())); ++ms)
-                    QThread::msleep(1);
-                --inside_;
-            };
-            const auto reported = [&load] { load.reported = true; };
-            QObject::connect(worker, &_ImageLoaderWorker::progress, worker, progress, Qt::DirectConnection);
-            QObject::connect(worker, &_ImageLoaderWorker::finished, worker, reported, Qt::DirectConnection);
-            QObject::connect(worker, &_ImageLoaderWorker::error, worker, reported, Qt::DirectConnection);
-        });
+        QCoreApplication::instance()->installEventFilter(this);
     }
-    ~LoadHook() { waitUntil([this] { return inside_ == 0; }); }
+    ~LoadHook() override { waitUntil([this] { return inside_ == 0; }); }
 
+    bool eventFilter(QObject* object, QEvent* event) override
+    {
+        if (event->type() == QEvent::ThreadChange)
+            if (auto* worker = qobject_cast<_ImageLoaderWorker*>(object)) attach(worker);
+        return false;
+    }
+
+private:
+    // A load counts from its first file: one superseded before it ran is no load.
+    void attach(_ImageLoaderWorker* worker)
+    {
+        auto load = std::make_shared<Load>();
+        const auto progress = [this, load, worker](int done) {
+            int holdAt = -1;
+            {
+                const std::lock_guard lock(mutex_);
+                if (load->index < 0) {
+                    load->index = static_cast<int>(loads_.size());
+                    loads_.push_back(load);
+                }
+                if (load->index < int(hold_.size())) holdAt = hold_[load->index];
+            }
+            load->lastDone = done;
+            if (done != holdAt) return;
+            ++inside_;
+            ++held;
+            for (int ms = 0; ms < 30000 && !(worker->_cancelled && held == int(hold_.size())); ++ms)
+                QThread::msleep(1);
+            --inside_;
+        };
+        const auto reported = [load] { load->reported = true; };
+        QObject::connect(worker, &_ImageLoaderWorker::progress, worker, progress, Qt::DirectConnection);
+        QObject::connect(worker, &_ImageLoaderWorker::finished, worker, reported, Qt::DirectConnection);
+        QObject::connect(worker, &_ImageLoaderWorker::error, worker, reported, Qt::DirectConnection);
+    }
+
+public:
     // The last file each load reported, with "!" where it also sent a result or an error.
     std::string trail() const
     {
+        const std::lock_guard lock(mutex_);
         std::string text;
         for (const auto& load : loads_)
             text += (text.empty() ? "" : " ") + std::to_string(load->lastDone) + (load->reported ? "!" : "");
@@ -325,14 +345,14 @@ public:
 
 private:
     struct Load {
-        QPointer<_ImageLoaderWorker> worker;
+        int index = -1;
         std::atomic<int> lastDone{0};
         std::atomic<bool> reported{false};
     };
     std::vector<int> hold_;
     std::atomic<int> inside_{0};
-    QObject context_;
-    std::vector<std::unique_ptr<Load>> loads_;
+    mutable std::mutex mutex_;
+    std::vector<std::shared_ptr<Load>> loads_;
 };
 
 // 20 000 files are listed whole and the window keeps answering while it loads
@@ -348,14 +368,15 @@ TEST(FaultInjection, AFolderOfTwentyThousandFilesListsFiltersAndClosesDuringItsL
         ASSERT_EQ(::close(::open(native(name), O_CREAT | O_WRONLY | O_CLOEXEC, 0644)), 0) << i;
     }
     auto* w = new ImportData(nullptr, nullptr, {}, {}, true);
-    LoadHook hook(*w, {50, 1});
+    LoadHook hook({50, 1});
     w->openFile(dir.path());
     EXPECT_EQ(w->filteredList->size(), kFiles);
     EXPECT_EQ(w->ui->listWidget_imageList->count(), kFiles);
     EXPECT_EQ(w->ui->spinBox_rg2->value(), kFiles);
     EXPECT_EQ(w->checkedIndexes.size(), kFiles);
     ASSERT_TRUE(waitUntil([&] {
-        return hook.held == 1 && w->ui->statusbar->currentMessage() == QString::fromUtf8("Loading image 50/20000…");
+        // Held as file 50 is reported: the window has heard of the one before.
+        return hook.held == 1 && w->ui->statusbar->currentMessage() == QString::fromUtf8("Loading image 49/20000…");
     })) << w->ui->statusbar->currentMessage().toStdString();
 
     // The field is locked while a load runs; a new source sets the filter off just so.
@@ -384,7 +405,7 @@ TEST(FaultInjection, ClosingTheWindowMidLoadEndsTheLoadSilently)
     struct Stage { const char* folder; int holdAt; std::string trail; };
     for (const Stage& s : {Stage{"images", 4, "4"}, Stage{"images", 30, "30"}, Stage{"texts", -1, "151"}}) {
         auto* w = new ImportData(nullptr, nullptr, {}, {}, true);
-        LoadHook hook(*w, {s.holdAt});
+        LoadHook hook({s.holdAt});
         w->openFile(dir.filePath(s.folder));
         ASSERT_TRUE(waitUntil([&] { return s.holdAt < 0 ? hook.trail().starts_with(s.trail) : hook.held > 0; }));
         delete w;

@@ -26,6 +26,19 @@ bool usePythonWorkspace()
 
 namespace {
 
+// An exception that escaped the console's own handler (a Stop that lands
+// between statements) shown as Python shows it, "KeyboardInterrupt" and all.
+// Called with the GIL held.
+QString exceptionText(const py::error_already_set& e)
+{
+    try {
+        const py::object lines = py::module_::import("traceback").attr("format_exception_only")(e.type(), e.value());
+        return QString::fromStdString(py::str("").attr("join")(lines).cast<std::string>());
+    } catch (const py::error_already_set&) {
+        return QString::fromUtf8(e.what()) + "\n";
+    }
+}
+
 py::str pyText(const QString& text) { return py::str(text.toStdString()); }
 
 // Whether two arrays are the same view of the same bytes.
@@ -231,7 +244,7 @@ QString PythonWorkspaceManager::run_python(const QString& code)
             const py::cpp_function emitText([&printed](const py::str& text) { printed += QString::fromStdString(text); });
             python_->console.attr("run")(pyText(code), python_->names, emitText);
         } catch (const py::error_already_set& e) {
-            printed += QString::fromUtf8(e.what()) + "\n";
+            printed += exceptionText(e);
         }
     }
     printed += takeConsoleChanges();
@@ -253,7 +266,7 @@ bool PythonWorkspaceManager::start(const QString& code, const QString& fileName,
                 const py::cpp_function emitText([run](const py::str& text) { run->append(QString::fromStdString(text)); });
                 python->console.attr("run")(code, python->names, emitText, fileName, interactive);
             } catch (const py::error_already_set& e) {
-                run->append(QString::fromUtf8(e.what()) + "\n");
+                run->append(exceptionText(e));
             }
             // A Stop that came after the statement's end must not hit later code.
             PyThreadState_SetAsyncExc(run->threadId, nullptr);

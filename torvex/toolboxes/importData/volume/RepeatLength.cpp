@@ -16,8 +16,9 @@ constexpr int64_t kRowStartStep = 4099; // apart in rows and columns alike
 // Values a repeat apart differ much less than values at most strides do.
 constexpr double kBelowMedian = 0.7;
 constexpr double kBelowPeak = 0.5;
-// Repeats this close to the closest are as good.
-constexpr double kAsClose = 1.2;
+// Values read to place a row length exactly.
+constexpr int kFitStarts = 64;
+constexpr int64_t kFitRun = 256;
 
 double mean(const std::vector<double>& values)
 {
@@ -99,14 +100,50 @@ std::vector<Repeat> repeats(const ElementSampler& sampler, int64_t unit, int64_t
     return found;
 }
 
-std::vector<int64_t> closestRepeats(std::vector<Repeat> found, bool firstValleyOnly)
+std::vector<int64_t> rowLengths(const ElementSampler& sampler, const std::vector<Repeat>& found)
 {
-    if (firstValleyOnly) std::erase_if(found, [](const Repeat& r) { return r.valley > 0; });
-    std::ranges::stable_sort(found, {}, &Repeat::difference);
-    std::vector<int64_t> strides;
+    std::vector<int64_t> valley;
     for (const Repeat& r : found)
-        if (r.difference <= kAsClose * found.front().difference) strides.push_back(r.stride);
-    return strides;
+        if (r.valley == 0) valley.push_back(r.stride);
+    if (valley.empty()) return {};
+    // Many more values than finding the valley takes: the parabola's bottom
+    // moves with the noise of its sides.
+    const int64_t lastStart = sampler.count() - valley.back() - kFitRun;
+    if (lastStart < 0) return {valley.front()};
+    std::vector<double> msd(valley.size(), 0.0), base(kFitRun), shifted(kFitRun);
+    for (const int64_t start : sampleStarts(lastStart, kFitStarts, kRowStartStep)) {
+        sampler.decode(start, kFitRun, base.data());
+        for (size_t i = 0; i < valley.size(); ++i) {
+            sampler.decode(start + valley[i], kFitRun, shifted.data());
+            for (int64_t r = 0; r < kFitRun; ++r)
+                if (const double d = shifted[r] - base[r]; std::isfinite(d)) msd[i] += d * d;
+        }
+    }
+    // Least squares over the valley's lower part, where it is still a parabola.
+    const auto [low, high] = std::ranges::minmax(msd);
+    const int64_t lowest = valley[static_cast<size_t>(std::ranges::min_element(msd) - msd.begin())];
+    double s[5] = {}, t[3] = {}; // sums of x^k and of y x^k, x relative to the lowest
+    for (size_t i = 0; i < valley.size(); ++i) {
+        if (msd[i] > low + (high - low) / 3) continue;
+        const auto x = static_cast<double>(valley[i] - lowest);
+        const double y = msd[i] / std::max(high, 1.0);
+        for (int k = 0; k < 5; ++k) s[k] += std::pow(x, k);
+        for (int k = 0; k < 3; ++k) t[k] += y * std::pow(x, k);
+    }
+    // Solve [s0 s1 s2; s1 s2 s3; s2 s3 s4] (c, b, a) = t by Cramer's rule.
+    const auto det = [](double a, double b, double c, double d, double e, double f, double g, double h, double i) {
+        return a * (e * i - f * h) - b * (d * i - f * g) + c * (d * h - e * g);
+    };
+    const double m = det(s[0], s[1], s[2], s[1], s[2], s[3], s[2], s[3], s[4]);
+    const double b = det(s[0], t[0], s[2], s[1], t[1], s[3], s[2], t[2], s[4]) / m;
+    const double a = det(s[0], s[1], t[0], s[1], s[2], t[1], s[2], s[3], t[2]) / m;
+    int64_t bottom = lowest;
+    if (std::isfinite(a) && a > 0 && std::fabs(b / (2 * a)) < static_cast<double>(valley.size()))
+        bottom = lowest + std::llround(-b / (2 * a));
+    std::vector<int64_t> lengths{bottom};
+    for (const int64_t aside : {bottom - 1, bottom + 1})
+        if (aside >= 2) lengths.push_back(aside);
+    return lengths;
 }
 
 } // namespace torvex

@@ -21,11 +21,10 @@ struct Repeat {
 // Every stride in a valley of the differences, shortest first.
 std::vector<Repeat> repeats(const ElementSampler& sampler, int64_t unit, int64_t maxStride);
 
-// Strides about as close as the closest, closest first: of the first valley
-// for the row length (later, closer ones are frames, whose rows match
-// better than neighbouring rows do), or of all for the frame height. Rows
-// of smooth images may resemble rows a step aside nearly as well, and rows
-// of smooth frames may resemble rows at many strides: the file size decides.
-std::vector<int64_t> closestRepeats(std::vector<Repeat> found, bool firstValleyOnly);
+// Row lengths the first valley points at, likeliest first: where a parabola
+// through its squared differences bottoms out, and the strides either side
+// of that. Smooth rows resemble rows a step aside nearly as well, so the
+// valley's lowest point wanders with noise, while its shape does not.
+std::vector<int64_t> rowLengths(const ElementSampler& sampler, const std::vector<Repeat>& found);
 
 } // namespace torvex

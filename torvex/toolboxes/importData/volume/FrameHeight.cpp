@@ -11,14 +11,20 @@ namespace {
 // averaged in short stretches along the row first, which leaves row-to-row
 // and frame-to-frame changes but divides per-pixel noise, so that a dip of a
 // few grey levels shows under noise of tens.
-constexpr int kPlaces = 384;
+constexpr int kPlaces = 768;
 constexpr int64_t kRun = 2048;
 constexpr int64_t kStretch = 64;
 constexpr int64_t kPlaceStep = 4099;
 // How far past chance the weaker side must be to be a frame, and how close
 // to the clearest a shorter frame may stay (a lag of two frames dips too).
-constexpr double kSignificant = 6;
+constexpr double kSignificant = 5;
 constexpr double kShorterWins = 0.5;
+constexpr int64_t kAsLong = 100;
+// A lag of a few rows dips under a row length a little off; frames are taller.
+constexpr int64_t kMinHeight = 16;
+// Most lags show no dip at all, which a few places tell.
+constexpr int kScreenPlaces = 48;
+constexpr double kScreenPasses = 1;
 
 // Stretch means of a run at `start`.
 std::vector<double> stretchMeans(const ElementSampler& sampler, int64_t start, int64_t run)
@@ -46,14 +52,14 @@ double squaredDistance(const std::vector<double>& a, const std::vector<double>& 
 // standard deviations by which more places match better than chance gives,
 // or NAN if the file is too short. Signs, not sizes: a few places straddle a
 // frame's edge and differ hugely, which would swamp a mean.
-double dipStrength(const ElementSampler& sampler, int64_t width, int64_t height)
+double dipStrength(const ElementSampler& sampler, int64_t width, int64_t height, int places)
 {
     const int64_t lag = width * height;
     const int64_t run = std::min(kRun, width * 4) / kStretch * kStretch;
     const int64_t lastStart = sampler.count() - lag - width - run;
     if (run == 0 || lastStart < 0) return NAN;
     int better[2] = {0, 0};
-    const std::vector<int64_t> starts = sampleStarts(lastStart, kPlaces, kPlaceStep);
+    const std::vector<int64_t> starts = sampleStarts(lastStart, places, kPlaceStep);
     for (const int64_t start : starts) {
         const std::vector<double> base = stretchMeans(sampler, start, run);
         const double atFrame = squaredDistance(base, stretchMeans(sampler, start + lag, run));
@@ -74,21 +80,28 @@ std::optional<FrameShape> findFrames(const ElementSampler& sampler, const std::v
     struct Found {
         FrameShape shape;
         double strength;
+        int64_t area() const { return shape.width * shape.height; }
     };
     std::vector<Found> found;
     for (const int64_t width : widths) {
         const int64_t rows = sampler.count() / width;
-        for (int64_t height = 2; height <= std::min(maxHeight, rows / 2); ++height) {
+        for (int64_t height = kMinHeight; height <= std::min(maxHeight, rows / 2); ++height) {
             const int64_t header = sampler.count() % (width * height);
             if (header > maxHeader) continue;
-            if (const double s = dipStrength(sampler, width, height); s >= kSignificant)
+            if (dipStrength(sampler, width, height, kScreenPlaces) < kScreenPasses) continue;
+            if (const double s = dipStrength(sampler, width, height, kPlaces); s >= kSignificant)
                 found.push_back({{width, height, header}, s});
         }
     }
     if (found.empty()) return std::nullopt;
     const double best = std::ranges::max(found, {}, &Found::strength).strength;
     std::erase_if(found, [&](const Found& f) { return f.strength < kShorterWins * best; });
-    return std::ranges::min(found, {}, [](const Found& f) { return f.shape.width * f.shape.height; }).shape;
+    // Of the shortest frame, and of frames about as long, which a row length
+    // a value off with a row more or less makes and which dip as well: the
+    // one that leaves the shortest header.
+    const int64_t shortest = std::ranges::min(found, {}, &Found::area).area();
+    std::erase_if(found, [&](const Found& f) { return f.area() > shortest + shortest / kAsLong; });
+    return std::ranges::min(found, {}, [](const Found& f) { return f.shape.header; }).shape;
 }
 
 } // namespace torvex

@@ -19,7 +19,7 @@ namespace {
 constexpr int64_t kMaxWidth = 16384;
 constexpr int64_t kMaxHeight = 8192;
 // Frames fill a file but for a short header, which bounds the frame heights to try.
-constexpr int64_t kMaxHeaderBytes = 65536;
+constexpr int64_t kMaxHeaderBytes = 4096;
 
 // Float16 is left to names: 16-bit integers often read as plausible half floats too.
 const std::vector<DType> kDataTypes{DType::UInt8,  DType::UInt16,  DType::Int16,  DType::UInt32,
@@ -114,12 +114,13 @@ LayoutGuess guessLayout(const QString& fileName, QByteArrayView bytes)
     if (hints.width) {
         widths = {*hints.width};
     } else {
-        widths = rowLengths(sampler, repeats(sampler, 1, std::min(kMaxWidth, count / 3)));
+        widths = rowLengths(sampler, std::min(kMaxWidth, count / 3));
         if (widths.empty()) return nothing(QString("no row length up to %1 values repeats in its data").arg(kMaxWidth));
         g.fromData = true;
     }
-    // Of equally likely row lengths, the one that leaves the fewest values before the first row.
-    g.width = *std::ranges::min_element(widths, {}, [&](int64_t w) { return count % w; });
+    // The likeliest row length, unless one a little aside fills the file exactly.
+    const auto filling = std::ranges::find_if(widths, [&](int64_t w) { return count % w == 0; });
+    g.width = filling != widths.end() ? *filling : widths.front();
     if (hints.height) {
         g.height = *hints.height;
     } else if (hints.frames) {

@@ -15,10 +15,11 @@ constexpr int kPlaces = 768;
 constexpr int64_t kRun = 2048;
 constexpr int64_t kStretch = 64;
 constexpr int64_t kPlaceStep = 4099;
-// How far past chance the weaker side must be to be a frame, and how close
-// to the clearest a shorter frame may stay (a lag of two frames dips too).
+// How far past chance the weaker side must be to be a frame. Lags of two
+// frames dip too, and lags a little off a frame with a row length a little
+// off dip even more (their neighbours are off by a row and some values), so
+// the shortest frame wins, not the deepest dip.
 constexpr double kSignificant = 5;
-constexpr double kShorterWins = 0.5;
 constexpr int64_t kAsLong = 100;
 // A lag of a few rows dips under a row length a little off; frames are taller.
 constexpr int64_t kMinHeight = 16;
@@ -79,7 +80,6 @@ std::optional<FrameShape> findFrames(const ElementSampler& sampler, const std::v
 {
     struct Found {
         FrameShape shape;
-        double strength;
         int64_t area() const { return shape.width * shape.height; }
     };
     std::vector<Found> found;
@@ -89,13 +89,11 @@ std::optional<FrameShape> findFrames(const ElementSampler& sampler, const std::v
             const int64_t header = sampler.count() % (width * height);
             if (header > maxHeader) continue;
             if (dipStrength(sampler, width, height, kScreenPlaces) < kScreenPasses) continue;
-            if (const double s = dipStrength(sampler, width, height, kPlaces); s >= kSignificant)
-                found.push_back({{width, height, header}, s});
+            if (dipStrength(sampler, width, height, kPlaces) >= kSignificant)
+                found.push_back({{width, height, header}});
         }
     }
     if (found.empty()) return std::nullopt;
-    const double best = std::ranges::max(found, {}, &Found::strength).strength;
-    std::erase_if(found, [&](const Found& f) { return f.strength < kShorterWins * best; });
     // Of the shortest frame, and of frames about as long, which a row length
     // a value off with a row more or less makes and which dip as well: the
     // one that leaves the shortest header.

@@ -10,8 +10,8 @@ namespace {
 // Runs of values compared at places spread over the file; the values are
 // averaged in short stretches along the row first, which leaves row-to-row
 // and frame-to-frame changes but divides per-pixel noise, so that a dip of a
-// few grey levels shows under noise of tens. The places of a group follow
-// each other closely, so that the few pages a guess reads of a mapped file serve many.
+// few grey levels shows under noise of tens. The places of a group lie close
+// together, so that the few pages a guess reads of a mapped file serve many.
 constexpr int kPlaces = 768;
 constexpr int64_t kRun = 2048;
 constexpr int64_t kStretch = 64;

@@ -118,9 +118,12 @@ LayoutGuess guessLayout(const QString& fileName, QByteArrayView bytes)
         if (widths.empty()) return nothing(QString("no row length up to %1 values repeats in its data").arg(kMaxWidth));
         g.fromData = true;
     }
-    // The likeliest row length, unless one a little aside fills the file exactly.
-    const auto filling = std::ranges::find_if(widths, [&](int64_t w) { return count % w == 0; });
-    g.width = filling != widths.end() ? *filling : widths.front();
+    // Row lengths that fill the file exactly, when there are any: most files
+    // have no header, and a frame search over fewer lengths reads less of the file.
+    std::vector<int64_t> filling;
+    std::ranges::copy_if(widths, std::back_inserter(filling), [&](int64_t w) { return count % w == 0; });
+    if (!filling.empty()) widths = filling;
+    g.width = widths.front(); // the likeliest
     if (hints.height) {
         g.height = *hints.height;
     } else if (hints.frames) {

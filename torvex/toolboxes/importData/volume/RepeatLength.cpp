@@ -21,6 +21,7 @@ constexpr double kBelowPeak = 0.5;
 constexpr double kValleyEnd = 0.85;
 // Of the valley's width, the share either side of its bottom that may hold the row length.
 constexpr int64_t kAsideShare = 24;
+constexpr int64_t kMostAside = 16;
 
 // Mean absolute (or, for `squared`, squared) difference of values `stride` apart, for the given strides.
 std::vector<double> strideDifferences(const ElementSampler& sampler, const std::vector<int64_t>& strides, int starts,
@@ -109,7 +110,7 @@ std::vector<int64_t> rowLengths(const ElementSampler& sampler, int64_t maxWidth)
     if (const std::optional<double> b = parabolaBottom(x, y); b && std::fabs(*b) < static_cast<double>(valley.size()))
         bottom = lowest + std::llround(*b);
     // Slopes across the image tilt the parabola, more so the wider the valley.
-    const int64_t aside = std::clamp<int64_t>(static_cast<int64_t>(valley.size()) / kAsideShare, 1, bottom / kAsideShare);
+    const int64_t aside = std::clamp<int64_t>(static_cast<int64_t>(valley.size()) / kAsideShare, 1, std::min(bottom / kAsideShare, kMostAside));
     std::vector<int64_t> lengths{bottom};
     for (int64_t step = 1; step <= aside; ++step)
         for (const int64_t length : {bottom - step, bottom + step})

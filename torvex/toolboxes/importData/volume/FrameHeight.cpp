@@ -1,6 +1,7 @@
 #include "FrameHeight.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace torvex {
@@ -43,55 +44,41 @@ std::vector<double> stretchMeans(const ElementSampler& sampler, int64_t start, i
     return means;
 }
 
-// Mean squared difference of two runs' stretch means, as they are or, `byShape`, about their mean difference.
-double distance(const std::vector<double>& a, const std::vector<double>& b, bool byShape)
+// Mean squared difference of two runs' stretch means, as they are and about
+// their mean difference: by level and by shape.
+std::array<double, 2> distances(const std::vector<double>& a, const std::vector<double>& b)
 {
     double sum = 0, squares = 0;
     for (size_t i = 0; i < a.size(); ++i) sum += a[i] - b[i], squares += (a[i] - b[i]) * (a[i] - b[i]);
     const auto n = static_cast<double>(a.size());
-    return squares / n - (byShape ? (sum / n) * (sum / n) : 0);
+    return {squares / n, squares / n - (sum / n) * (sum / n)};
 }
 
 // How clearly a frame lag of `height` rows matches better than lags a row
-// shorter and longer do (the weaker side), as a sign test over `places`
-// places: standard deviations by which more places match better than chance
-// gives, or NAN if the file is too short. Signs, not sizes: a few places
-// straddle a frame's edge and differ hugely, which would swamp a mean.
-double dipStrength(const ElementSampler& sampler, int64_t width, int64_t height, int places, bool byShape)
+// shorter and longer do (the weaker side), by level and by shape, as a sign
+// test over `places` places: standard deviations by which more places match
+// better than chance gives, or NAN if the file is too short. Signs, not
+// sizes: a few places straddle a frame's edge and differ hugely, which would swamp a mean.
+std::array<double, 2> dipStrengths(const ElementSampler& sampler, int64_t width, int64_t height, int places)
 {
     const int64_t lag = width * height;
     const int64_t run = std::min(kRun, width * 4) / kStretch * kStretch;
     const int64_t lastStart = sampler.count() - lag - width - run;
-    if (run == 0 || lastStart < 0) return NAN;
-    int better[2] = {};
+    if (run == 0 || lastStart < 0) return {NAN, NAN};
+    int better[2][2] = {}; // [by shape][side]
     const std::vector<int64_t> starts = sampleStarts(lastStart, places, kPlaceStep);
     for (const int64_t start : starts) {
         const std::vector<double> base = stretchMeans(sampler, start, run);
-        const double atFrame = distance(base, stretchMeans(sampler, start + lag, run), byShape);
+        const std::array<double, 2> atFrame = distances(base, stretchMeans(sampler, start + lag, run));
         for (int side = 0; side < 2; ++side) {
             const int64_t neighbour = start + lag + (side ? width : -width);
-            better[side] += distance(base, stretchMeans(sampler, neighbour, run), byShape) > atFrame;
+            const std::array<double, 2> aside = distances(base, stretchMeans(sampler, neighbour, run));
+            for (int shape = 0; shape < 2; ++shape) better[shape][side] += aside[shape] > atFrame[shape];
         }
     }
     const auto n = static_cast<double>(starts.size());
-    return (2.0 * std::min(better[0], better[1]) - n) / std::sqrt(n);
-}
-
-std::vector<FrameShape> framesWithDips(const ElementSampler& sampler, const std::vector<int64_t>& widths,
-                                       int64_t maxHeight, int64_t maxHeader, bool byShape)
-{
-    std::vector<FrameShape> found;
-    for (const int64_t width : widths) {
-        const int64_t rows = sampler.count() / width;
-        for (int64_t height = kMinHeight; height <= std::min(maxHeight, rows / 2); ++height) {
-            const int64_t header = sampler.count() % (width * height);
-            if (header > maxHeader) continue;
-            if (dipStrength(sampler, width, height, kScreenPlaces, byShape) < kScreenPasses) continue;
-            if (dipStrength(sampler, width, height, kPlaces, byShape) >= kSignificant)
-                found.push_back({width, height, header});
-        }
-    }
-    return found;
+    const auto strength = [&](const int* sides) { return (2.0 * std::min(sides[0], sides[1]) - n) / std::sqrt(n); };
+    return {strength(better[0]), strength(better[1])};
 }
 
 } // namespace
@@ -103,8 +90,19 @@ std::optional<FrameShape> findFrames(const ElementSampler& sampler, const std::v
     // which hides the level's dip; their shape then tells, but a smooth
     // scene's shape changes so little from row to row that a lag of whole
     // rows dips by shape too under a row length a little off.
-    std::vector<FrameShape> found = framesWithDips(sampler, widths, maxHeight, maxHeader, false);
-    if (found.empty()) found = framesWithDips(sampler, widths, maxHeight, maxHeader, true);
+    std::vector<FrameShape> byLevel, byShape;
+    for (const int64_t width : widths) {
+        const int64_t rows = sampler.count() / width;
+        for (int64_t height = kMinHeight; height <= std::min(maxHeight, rows / 2); ++height) {
+            const int64_t header = sampler.count() % (width * height);
+            if (header > maxHeader) continue;
+            if (std::ranges::max(dipStrengths(sampler, width, height, kScreenPlaces)) < kScreenPasses) continue;
+            const std::array<double, 2> strengths = dipStrengths(sampler, width, height, kPlaces);
+            if (strengths[0] >= kSignificant) byLevel.push_back({width, height, header});
+            if (strengths[1] >= kSignificant) byShape.push_back({width, height, header});
+        }
+    }
+    std::vector<FrameShape>& found = byLevel.empty() ? byShape : byLevel;
     if (found.empty()) return std::nullopt;
     const auto area = [](const FrameShape& f) { return f.width * f.height; };
     const int64_t shortest = area(std::ranges::min(found, {}, area));

@@ -8,6 +8,7 @@
 
 #include <QStringList>
 
+#include <iterator>
 #include <limits>
 
 namespace torvex {

@@ -1,12 +1,14 @@
 #include "LayoutGuess.h"
 
 #include "ElementChoice.h"
+#include "FrameHeight.h"
 #include "ImageTypes.h"
 #include "NameHints.h"
 #include "RepeatLength.h"
 
 #include <QStringList>
 
+#include <iterator>
 #include <limits>
 
 namespace torvex {
@@ -17,6 +19,8 @@ namespace {
 // size alone decides, and the name should tell.
 constexpr int64_t kMaxWidth = 16384;
 constexpr int64_t kMaxHeight = 8192;
+// Frames fill a file but for a short header, which bounds the frame heights to try.
+constexpr int64_t kMaxHeaderBytes = 4096;
 
 // Float16 is left to names: 16-bit integers often read as plausible half floats too.
 const std::vector<DType> kDataTypes{DType::UInt8,  DType::UInt16,  DType::Int16,  DType::UInt32,
@@ -106,34 +110,33 @@ LayoutGuess guessLayout(const QString& fileName, QByteArrayView bytes)
     const ElementSampler sampler(bytes, reading);
 
     // Row length, rows per frame, then frames: what the name gives, else the data, else what is left.
+    const int64_t count = sampler.count();
+    std::vector<int64_t> widths;
     if (hints.width) {
-        g.width = *hints.width;
-    } else if (const std::vector<int64_t> widths =
-                   closestRepeats(repeats(sampler, 1, std::min(kMaxWidth, sampler.count() / 3)), true);
-               !widths.empty()) {
-        // One that divides the values evenly, as rows do without a header.
-        const auto even = std::ranges::find_if(widths, [&](int64_t w) { return sampler.count() % w == 0; });
-        g.width = even != widths.end() ? *even : widths.front();
-        g.fromData = true;
+        widths = {*hints.width};
     } else {
-        return nothing(QString("no row length up to %1 values repeats in its data").arg(kMaxWidth));
+        widths = rowLengths(sampler, std::min(kMaxWidth, count / 3));
+        if (widths.empty()) return nothing(QString("no row length up to %1 values repeats in its data").arg(kMaxWidth));
+        g.fromData = true;
     }
-    const int64_t rows = sampler.count() / g.width;
+    // Row lengths that fill the file exactly, when there are any: most files
+    // have no header, and a frame search over fewer lengths reads less of the file.
+    std::vector<int64_t> filling;
+    std::ranges::copy_if(widths, std::back_inserter(filling), [&](int64_t w) { return count % w == 0; });
+    if (!filling.empty()) widths = filling;
+    g.width = widths.front(); // the likeliest
     if (hints.height) {
         g.height = *hints.height;
     } else if (hints.frames) {
-        g.height = rows / *hints.frames;
+        g.height = count / g.width / *hints.frames;
         g.fromSize = true;
-    } else if (const std::vector<int64_t> heights =
-                   closestRepeats(repeats(sampler, g.width, std::min(kMaxHeight, rows * 2 / 3)), false);
-               !heights.empty()) {
-        // The one that leaves the fewest bytes before the first frame; the shorter of equals (a frame, not two).
-        g.height = *std::ranges::min_element(heights, {}, [&](int64_t h) {
-            return std::pair{fileBytes % product(product(g.width, h), reading.size()), h};
-        });
+    } else if (const std::optional<FrameShape> shape =
+                   findFrames(sampler, widths, kMaxHeight, kMaxHeaderBytes / reading.size())) {
+        g.width = shape->width;
+        g.height = shape->height;
         g.fromData = true;
     } else {
-        g.height = rows; // one frame
+        g.height = count / g.width; // one frame
         g.fromSize = true;
     }
     const int64_t frameBytes = product(product(g.width, g.height), reading.size());

@@ -2,111 +2,121 @@
 
 #include <algorithm>
 #include <cmath>
-#include <vector>
+#include <iterator>
+#include <optional>
 
 namespace torvex {
 
 namespace {
 
+// Values read to find the valley, then to place the length in it.
 constexpr int kStarts = 64;
-constexpr int64_t kRowRun = 16;
-constexpr int64_t kFrameRun = 64;
-constexpr int64_t kStartRows = 64;
-constexpr int64_t kRowStartStep = 4099; // apart in rows and columns alike
-// Values a repeat apart differ much less than values at most strides do.
+constexpr int64_t kRun = 16;
+constexpr int kFitStarts = 64;
+constexpr int64_t kFitRun = 256;
+constexpr int64_t kStartStep = 4099; // apart in rows and columns alike
+// Values a row apart differ much less than values at most strides do; the
+// valley ends only on a clear rise, so that noise on its sides does not split it.
 constexpr double kBelowMedian = 0.7;
 constexpr double kBelowPeak = 0.5;
-// Repeats this close to the closest are as good.
-constexpr double kAsClose = 1.2;
+constexpr double kValleyEnd = 0.85;
+// Of the valley's width, the share either side of its bottom that may hold the row length.
+constexpr int64_t kAsideShare = 24;
+constexpr int64_t kMostAside = 16;
 
-double mean(const std::vector<double>& values)
+// Mean absolute (or, for `squared`, squared) difference of values `stride` apart, for the given strides.
+std::vector<double> strideDifferences(const ElementSampler& sampler, const std::vector<int64_t>& strides, int starts,
+                                      int64_t run, bool squared)
 {
-    double sum = 0;
-    for (double v : values) sum += v;
-    return sum / static_cast<double>(values.size());
-}
-
-// Mean absolute difference of values `stride` units apart, for strides 1 to maxStride (index 0 unused).
-std::vector<double> strideDifferences(const ElementSampler& sampler, int64_t unit, int64_t maxStride)
-{
-    // Rows of rows are compared by their shape, not their level: frames of
-    // one scene often differ in overall brightness.
-    const bool byShape = unit > 1;
-    const int64_t run = byShape ? std::min(kFrameRun, unit) : kRowRun;
-    const int64_t lastStart = sampler.count() - maxStride * unit - run;
-    // Rows of rows start within a few rows in the middle of the file, so that
-    // all strides read one stretch of it; runs along rows start in a few places all over it.
-    std::vector<int64_t> starts;
-    if (byShape) {
-        const int64_t span = std::min(lastStart, kStartRows * unit);
-        for (int i = 1; i <= kStarts; ++i) starts.push_back((lastStart - span) / 2 + span * i / kStarts);
-    } else {
-        starts = sampleStarts(lastStart, kStarts, kRowStartStep);
-    }
-    std::vector<double> sums(static_cast<size_t>(maxStride + 1), 0.0);
-    std::vector<int64_t> pairs(sums.size(), 0);
+    std::vector<double> sums(strides.size(), 0.0);
+    std::vector<int64_t> pairs(strides.size(), 0);
     std::vector<double> base(static_cast<size_t>(run)), shifted(base.size());
-    for (const int64_t start : starts) {
+    for (const int64_t start : sampleStarts(sampler.count() - strides.back() - run, starts, kStartStep)) {
         sampler.decode(start, run, base.data());
-        const double baseLevel = byShape ? mean(base) : 0;
-        for (int64_t stride = 1; stride <= maxStride; ++stride) {
-            sampler.decode(start + stride * unit, run, shifted.data());
-            const double shift = byShape ? mean(shifted) - baseLevel : 0;
+        for (size_t i = 0; i < strides.size(); ++i) {
+            sampler.decode(start + strides[i], run, shifted.data());
             for (int64_t r = 0; r < run; ++r)
-                if (const double d = std::fabs(shifted[r] - base[r] - shift); std::isfinite(d))
-                    sums[stride] += d, ++pairs[stride];
+                if (const double d = shifted[r] - base[r]; std::isfinite(d))
+                    sums[i] += squared ? d * d : std::fabs(d), ++pairs[i];
         }
     }
-    for (size_t s = 1; s < sums.size(); ++s) sums[s] = pairs[s] ? sums[s] / static_cast<double>(pairs[s]) : NAN;
+    for (size_t i = 0; i < sums.size(); ++i) sums[i] = pairs[i] ? sums[i] / static_cast<double>(pairs[i]) : NAN;
     return sums;
 }
 
-} // namespace
-
-std::vector<Repeat> repeats(const ElementSampler& sampler, int64_t unit, int64_t maxStride)
+// The strides of the first valley that closes before `maxStride`.
+std::vector<int64_t> firstValley(const ElementSampler& sampler, int64_t maxStride)
 {
-    maxStride = std::min(maxStride, (sampler.count() - std::max(kFrameRun, unit)) / unit);
-    if (maxStride < 3) return {};
-    const std::vector<double> d = strideDifferences(sampler, unit, maxStride);
-
+    std::vector<int64_t> strides;
+    for (int64_t s = 2; s <= maxStride; ++s) strides.push_back(s);
+    const std::vector<double> d = strideDifferences(sampler, strides, kStarts, kRun, false);
     std::vector<double> sorted;
-    for (size_t s = 2; s < d.size(); ++s)
-        if (std::isfinite(d[s])) sorted.push_back(d[s]);
+    std::ranges::copy_if(d, std::back_inserter(sorted), [](double v) { return std::isfinite(v); });
     if (sorted.empty()) return {};
     std::ranges::nth_element(sorted, sorted.begin() + sorted.size() / 2);
     const double median = sorted[sorted.size() / 2];
 
-    // Near strides differ little too (neighbours are alike), so a repeat is
-    // in a valley that falls well below the peak before it.
-    std::vector<Repeat> found;
-    int valleys = 0;
     double peak = 0;
-    const auto inValley = [&](int64_t s) { return d[s] <= kBelowMedian * median && d[s] <= kBelowPeak * peak; };
-    for (int64_t s = 2; s <= maxStride; ++s) {
-        if (!inValley(s)) {
-            peak = std::max(peak, d[s]);
+    for (size_t i = 0; i < d.size(); ++i) {
+        if (!(d[i] <= kBelowMedian * median && d[i] <= kBelowPeak * peak)) {
+            if (std::isfinite(d[i])) peak = std::max(peak, d[i]);
             continue;
         }
-        std::vector<Repeat> valley;
-        for (; s <= maxStride && inValley(s); ++s) valley.push_back({s, d[s] / median, valleys});
-        if (s <= maxStride) { // closed, so its lowest point shows
-            found.insert(found.end(), valley.begin(), valley.end());
-            ++valleys;
-        }
-        peak = 0; // the next valley needs a rise of its own
-        --s;
+        std::vector<int64_t> valley;
+        for (; i < d.size() && d[i] <= kValleyEnd * median; ++i) valley.push_back(strides[i]);
+        if (i < d.size()) return valley; // closed, so its lowest point shows
     }
-    return found;
+    return {};
 }
 
-std::vector<int64_t> closestRepeats(std::vector<Repeat> found, bool firstValleyOnly)
+// Where the parabola through (x, y) bottoms out, if it opens upwards.
+std::optional<double> parabolaBottom(const std::vector<double>& x, const std::vector<double>& y)
 {
-    if (firstValleyOnly) std::erase_if(found, [](const Repeat& r) { return r.valley > 0; });
-    std::ranges::stable_sort(found, {}, &Repeat::difference);
-    std::vector<int64_t> strides;
-    for (const Repeat& r : found)
-        if (r.difference <= kAsClose * found.front().difference) strides.push_back(r.stride);
-    return strides;
+    double s[5] = {}, t[3] = {}; // sums of x^k and of y x^k
+    for (size_t i = 0; i < x.size(); ++i)
+        for (int k = 0; k < 5; ++k) {
+            s[k] += std::pow(x[i], k);
+            if (k < 3) t[k] += y[i] * std::pow(x[i], k);
+        }
+    // The normal equations [s0 s1 s2; s1 s2 s3; s2 s3 s4] (c, b, a) = t by Cramer's rule.
+    const auto det = [](double a, double b, double c, double d, double e, double f, double g, double h, double i) {
+        return a * (e * i - f * h) - b * (d * i - f * g) + c * (d * h - e * g);
+    };
+    const double m = det(s[0], s[1], s[2], s[1], s[2], s[3], s[2], s[3], s[4]);
+    const double b = det(s[0], t[0], s[2], s[1], t[1], s[3], s[2], t[2], s[4]) / m;
+    const double a = det(s[0], s[1], t[0], s[1], s[2], t[1], s[2], s[3], t[2]) / m;
+    if (!std::isfinite(a) || !std::isfinite(b) || a <= 0) return std::nullopt;
+    return -b / (2 * a);
+}
+
+} // namespace
+
+std::vector<int64_t> rowLengths(const ElementSampler& sampler, int64_t maxWidth)
+{
+    const int64_t maxStride = std::min(maxWidth, (sampler.count() - kFitRun) / 2);
+    if (maxStride < 3) return {};
+    const std::vector<int64_t> valley = firstValley(sampler, maxStride);
+    if (valley.empty()) return {};
+    // Squared differences add up noise and structure, so the valley is a
+    // parabola near its bottom; many more values than finding it took, since
+    // its bottom moves with the noise of its sides.
+    const std::vector<double> msd = strideDifferences(sampler, valley, kFitStarts, kFitRun, true);
+    const auto [low, high] = std::ranges::minmax(msd);
+    const int64_t lowest = valley[static_cast<size_t>(std::ranges::min_element(msd) - msd.begin())];
+    std::vector<double> x, y; // the valley's lower part, relative to its lowest point
+    for (size_t i = 0; i < valley.size(); ++i)
+        if (msd[i] <= low + (high - low) / 3)
+            x.push_back(static_cast<double>(valley[i] - lowest)), y.push_back(msd[i] / std::max(high, 1.0));
+    int64_t bottom = lowest;
+    if (const std::optional<double> b = parabolaBottom(x, y); b && std::fabs(*b) < static_cast<double>(valley.size()))
+        bottom = lowest + std::llround(*b);
+    // Slopes across the image tilt the parabola, more so the wider the valley.
+    const int64_t aside = std::clamp<int64_t>(static_cast<int64_t>(valley.size()) / kAsideShare, 1, std::min(bottom / kAsideShare, kMostAside));
+    std::vector<int64_t> lengths{bottom};
+    for (int64_t step = 1; step <= aside; ++step)
+        for (const int64_t length : {bottom - step, bottom + step})
+            if (length >= 2) lengths.push_back(length);
+    return lengths;
 }
 
 } // namespace torvex

@@ -2,30 +2,17 @@
 
 #include "ElementSampler.h"
 
-#include <optional>
 #include <vector>
 
 namespace torvex {
 
-// Strides, in units of `unit` elements, at which a file's values repeat:
-// row lengths at which each value matches the one below it (unit 1, the
-// column-straightening a user does by hand), or rows per frame at which a
-// row matches the same row of the next frame (unit = the row length).
-// Looks at strides 2 to `maxStride` and reads runs of values at a few dozen
-// places, never the whole file.
-struct Repeat {
-    int64_t stride;
-    double difference; // at the stride, relative to the median over all strides
-    int valley;        // strides near a repeat match well too; one valley, one repeat
-};
-// Every stride in a valley of the differences, shortest first.
-std::vector<Repeat> repeats(const ElementSampler& sampler, int64_t unit, int64_t maxStride);
-
-// Strides about as close as the closest, closest first: of the first valley
-// for the row length (later, closer ones are frames, whose rows match
-// better than neighbouring rows do), or of all for the frame height. Rows
-// of smooth images may resemble rows a step aside nearly as well, and rows
-// of smooth frames may resemble rows at many strides: the file size decides.
-std::vector<int64_t> closestRepeats(std::vector<Repeat> found, bool firstValleyOnly);
+// Row lengths at which each value matches the one below it (the
+// column-straightening a user does by hand), likeliest first, from strides 2
+// to `maxWidth`. Smooth rows resemble rows a step aside nearly as well, so
+// the differences form a valley around the row length whose lowest point
+// wanders with noise while its shape does not: the length is where a
+// parabola through the valley bottoms out, with the strides either side of
+// it. Reads runs of values at a few dozen places, never the whole file.
+std::vector<int64_t> rowLengths(const ElementSampler& sampler, int64_t maxWidth);
 
 } // namespace torvex

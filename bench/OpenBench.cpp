@@ -2,6 +2,7 @@
 // shown for a 1 GiB file in the page cache and for a 48 GiB sparse file (twice
 // this machine's memory), the memory held while paging through the large one,
 // a width change on it, and the one copy an import as "DHWC" makes.
+#include "BenchFiles.h"
 #include "BenchReport.h"
 #include "host/AppContext.h"
 #include "toolboxes/importData/ImportData.h"
@@ -46,28 +47,6 @@ double medianSeconds(int runs, const std::function<void()>& work)
     return times[runs / 2];
 }
 
-void writeVolume(const QString& path)
-{
-    std::vector<uint16_t> frame(static_cast<size_t>(kWidth * kHeight));
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly)) std::abort();
-    for (int64_t f = 0; f < kFrames; ++f) {
-        for (size_t i = 0; i < frame.size(); ++i) frame[i] = static_cast<uint16_t>(i * 7 + f * 131);
-        file.write(reinterpret_cast<const char*>(frame.data()), static_cast<qint64>(frame.size() * 2));
-    }
-}
-
-// A field of /proc/self/status ("VmHWM", "RssAnon"), in bytes.
-int64_t statusBytes(const char* field)
-{
-    QFile status("/proc/self/status");
-    status.open(QIODevice::ReadOnly);
-    for (const QByteArray& line : status.readAll().split('\n'))
-        if (line.startsWith(field) && line.at(qsizetype(std::strlen(field))) == ':')
-            return line.mid(qsizetype(std::strlen(field)) + 1).trimmed().split(' ').first().toLongLong() * 1024;
-    return -1;
-}
-
 // The window set to show `path` as 4096 x 4096 "16-bit Unsigned" frames.
 void showAsFrames(ImportData& w, int64_t frames)
 {
@@ -90,7 +69,7 @@ int pageLargeFile(int argc, char** argv, const QString& path)
     ImportData w(nullptr, &context, {}, path);
     showAsFrames(w, kLargeFrames);
     for (int i = 0; i < kPagedFrames; ++i) w.ui->spinBox_frame->setValue(1 + static_cast<int>(i * kLargeFrames / kPagedFrames));
-    const int64_t peak = statusBytes("VmHWM");
+    const int64_t peak = bench::statusBytes("VmHWM");
     const double widthChange = medianSeconds(5, [&] {
         w.ui->spinBox_width->setValue(w.ui->spinBox_width->value() == kWidth ? kWidth / 2 : kWidth);
     });
@@ -109,11 +88,11 @@ int importSmallFile(int argc, char** argv, const QString& path)
     AppContext context;
     ImportData w(nullptr, &context, {}, path);
     showAsFrames(w, kFrames);
-    const int64_t open = statusBytes("VmHWM"), anonymous = statusBytes("RssAnon");
+    const int64_t open = bench::statusBytes("VmHWM"), anonymous = bench::statusBytes("RssAnon");
     w.onImport();
     if (context.get_component("workspace_manager")->get_workspace_data().size() != 1) return 1;
     std::printf("%lld %lld\n", static_cast<long long>(open),
-                static_cast<long long>(statusBytes("RssAnon") - anonymous));
+                static_cast<long long>(bench::statusBytes("RssAnon") - anonymous));
     return 0;
 }
 
@@ -152,7 +131,7 @@ int main(int argc, char** argv)
     QTemporaryDir dir;
     const QString path = dir.filePath("volume_4096x4096x32_u16.raw");
     const QString large = dir.filePath("sparse_48GiB.raw");
-    writeVolume(path);
+    bench::writeUInt16Volume(path, kWidth, kHeight, kFrames);
     if (QFile sparse(large); !sparse.open(QIODevice::WriteOnly) || !sparse.resize(kLargeBytes)) return 1;
 
     const QString cat = "cat '" + path + "' > /dev/null";

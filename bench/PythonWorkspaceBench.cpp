@@ -1,5 +1,6 @@
 // A 1 GiB volume imported as "HWCD" reaches the workspace's Python without a
 // copy, and NumPy works on it there as fast as in a plain Python process.
+#include "BenchFiles.h"
 #include "BenchReport.h"
 #include "host/AppContext.h"
 #include "host/PythonWorkspaceManager.h"
@@ -21,27 +22,6 @@ namespace {
 
 constexpr int64_t kWidth = 2048, kHeight = 4096, kFrames = 64;
 constexpr int kRuns = 3;
-
-void writeVolume(const QString& path)
-{
-    std::vector<uint16_t> frame(static_cast<size_t>(kWidth * kHeight));
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly)) std::abort();
-    for (int64_t f = 0; f < kFrames; ++f) {
-        for (size_t i = 0; i < frame.size(); ++i) frame[i] = static_cast<uint16_t>(i * 7 + f * 131);
-        file.write(reinterpret_cast<const char*>(frame.data()), static_cast<qint64>(frame.size() * 2));
-    }
-}
-
-// Resident memory of this process now (VmRSS) or its peak so far (VmHWM), in bytes.
-int64_t residentBytes(const QByteArray& field)
-{
-    QFile status("/proc/self/status");
-    status.open(QIODevice::ReadOnly);
-    for (const QByteArray& line : status.readAll().split('\n'))
-        if (line.startsWith(field + ":")) return line.mid(field.size() + 1).trimmed().split(' ').first().toLongLong() * 1024;
-    return -1;
-}
 
 double medianOf(std::vector<double> times)
 {
@@ -78,7 +58,7 @@ int main(int argc, char** argv)
     QApplication app(argc, argv);
     QTemporaryDir dir;
     const QString path = dir.filePath("volume_2048x4096x64_u16.raw");
-    writeVolume(path);
+    bench::writeUInt16Volume(path, kWidth, kHeight, kFrames);
 
     AppContext context; // starts the interpreter
     auto* workspace = qobject_cast<PythonWorkspaceManager*>(context.get_component("workspace_manager"));
@@ -93,9 +73,9 @@ int main(int argc, char** argv)
     w.ui->comboBox_out_format->setCurrentText("HWCD");
     // From what is resident before to the peak after: an earlier, higher peak
     // (the file's reading) must not hide a copy.
-    const int64_t before = residentBytes("VmRSS");
+    const int64_t before = bench::statusBytes("VmRSS");
     w.onImport();
-    const int64_t after = residentBytes("VmHWM");
+    const int64_t after = bench::statusBytes("VmHWM");
     const QString shapeAndStrides = workspace->run_python("print((cdata.shape, cdata.strides))").trimmed();
     if (!shapeAndStrides.startsWith("((4096, 2048, 64)")) {
         std::fprintf(stderr, "cdata is not in the namespace: %s\n", qPrintable(shapeAndStrides));

@@ -9,7 +9,9 @@ using namespace torvex;
 namespace {
 
 // Frames of a gradient with a bump that drifts from frame to frame under
-// strong per-pixel noise, as NumPy writes them (astype(...).tofile), behind a header.
+// strong per-pixel noise, or (names starting with "r") plain ramps across
+// rows, columns and frames under light noise, as NumPy writes them
+// (astype(...).tofile), behind a header.
 constexpr const char* kWriteFiles = R"(
 import sys, numpy as np
 rng = np.random.default_rng(7)
@@ -18,6 +20,7 @@ for entry in sys.argv[2:]:
     z, y, x = np.mgrid[0:d, 0:h, 0:w]
     v = 1000 + 800 * np.exp(-(((x - w / 2 - 20 * np.sin(z / 5)) / (w / 4)) ** 2 + ((y - h / 2) / (h / 5)) ** 2)) \
         + 3 * y + rng.normal(0, 40, (d, h, w))
+    if name[0] == 'r': v = 1000 - 1.5 * x + 2 * y + 30 * z + rng.normal(0, 10, (d, h, w))
     t = np.dtype(dt)
     v = (v - v.min()) / (v.max() - v.min()) * 255 if t.itemsize == 1 else v - 1000 if t.kind == 'i' else v
     with open(sys.argv[1] + '/' + name, 'wb') as out:
@@ -48,6 +51,10 @@ TEST(LayoutGuess, FindsTypeOrderAndSizesInDataAndNamesWin)
         // The name wins over the data's 100 x 64.
         {"w64_h100_d4.raw:<u2:100:64:4:0", "16-bit Unsigned, 64 x 100 x 4, little", all},
         {"day_2019x01x15.raw:u1:256:256:10:0", "8-bit, 256 x 256 x 10, little"}, // a date, not sizes
+        {"r1:<u2:700:500:7:0", "16-bit Unsigned, 700 x 500 x 7, little"},
+        {"r2:u1:300:300:20:64", "8-bit, 300 x 300 x 20 after 64 header bytes, little"},
+        {"r3:>i4:640:400:5:0", "32-bit Signed, 640 x 400 x 5, big"}, // crossing zero: not two 16-bit halves
+        {"r4:<f4:384:256:9:32", "32-bit Real, 384 x 256 x 9 after 32 header bytes, little"},
     };
     QTemporaryDir dir;
     QStringList entries;

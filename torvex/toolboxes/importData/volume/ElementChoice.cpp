@@ -1,6 +1,7 @@
 #include "ElementChoice.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace torvex {
@@ -15,11 +16,17 @@ constexpr double kNoiseRoughness = 0.6;
 // Readings this much rougher than the smoothest still count as smooth.
 constexpr double kNearSmoothest = 1.5;
 constexpr double kTie = 1.02;
+// Values 2, 4 or 8 apart closer than neighbours this often: the values are
+// parts of a wider element (the high and low halves of one number).
+// Counted, not summed: where such halves change sign, a few huge steps would
+// swamp a sum; ties left out: halves full of sign bits repeat.
+constexpr double kAlternating = 0.75;
 
 struct Score {
     ElementReading reading;
     double step = NAN;      // mean difference of neighbours
     double roughness = NAN; // step over the mean difference of unrelated values
+    bool alternating = false;
     bool plausible = true;
 };
 
@@ -39,6 +46,7 @@ Score score(const ElementSampler& sampler)
 
     double neighbours = 0, unrelated = 0;
     int64_t neighbourPairs = 0, unrelatedPairs = 0, implausible = 0;
+    std::array<int64_t, 3> closerApart{}, unequalApart{}; // 2, 4 and 8 apart
     for (int k = 0; k < kBlocks; ++k) {
         // A block of another group, backwards, so that equal frames at equal places do not pair up.
         const std::vector<double>& other = blocks[(k + kBlocks / 2 + 3) % kBlocks];
@@ -50,22 +58,34 @@ Score score(const ElementSampler& sampler)
             if (i + 1 == length) continue;
             const double near = std::fabs(block[i + 1] - block[i]);
             if (std::isfinite(near)) neighbours += near, ++neighbourPairs;
+            for (size_t p = 0; p < closerApart.size(); ++p) {
+                const int64_t apart = int64_t{2} << p;
+                if (i + apart >= length) continue;
+                const double far = std::fabs(block[i + apart] - block[i]);
+                closerApart[p] += far < near, unequalApart[p] += far != near;
+            }
         }
     }
     s.plausible = implausible * 100 <= kBlocks * length; // a masked value here and there is fine
     s.step = neighbourPairs ? neighbours / static_cast<double>(neighbourPairs) : NAN;
+    for (size_t p = 0; p < closerApart.size() && (s.reading.size() << (p + 1)) <= 8; ++p)
+        s.alternating = s.alternating || static_cast<double>(closerApart[p]) > kAlternating * static_cast<double>(unequalApart[p]);
     if (unrelated > 0) s.roughness = s.step / (unrelated / static_cast<double>(unrelatedPairs));
     return s;
 }
 
 // The element size is the smallest that reads about as smooth as the
-// smoothest reading: a 16-bit image read as 32-bit pairs is smooth too.
+// smoothest reading (a 16-bit image read as 32-bit pairs is smooth too) and
+// does not alternate (small 32-bit numbers read as 16-bit halves look smooth
+// where a half full of sign bits is compared with halves far from it).
 // Within it, a float where floats read sensibly and smoothly: integers read
 // from floats that cross zero wrap, which hides their roughness. Then, as
 // these read the same bytes on one scale, the smallest steps, so that values
 // do not wrap at a sign or a byte boundary, and unsigned where signed steps no smaller.
-ElementReading plainest(std::vector<Score> scores, double smoothest)
+ElementReading plainest(std::vector<Score> scores)
 {
+    if (!std::ranges::all_of(scores, &Score::alternating)) std::erase_if(scores, &Score::alternating);
+    const double smoothest = std::ranges::min_element(scores, {}, &Score::roughness)->roughness;
     const auto size = [](const Score& s) { return s.reading.size(); };
     int smallest = 8;
     for (const Score& s : scores)
@@ -98,7 +118,7 @@ ElementChoice chooseElementReading(QByteArrayView bytes, const std::vector<DType
     if (scores.empty()) return {std::nullopt, "its values do not vary under any image type"};
     const double smoothest = std::ranges::min_element(scores, {}, &Score::roughness)->roughness;
     if (smoothest > kNoiseRoughness) return {std::nullopt, "its bytes look like noise under every image type"};
-    return {plainest(std::move(scores), smoothest), {}};
+    return {plainest(std::move(scores)), {}};
 }
 
 } // namespace torvex

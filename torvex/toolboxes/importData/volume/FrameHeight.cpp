@@ -1,8 +1,11 @@
 #include "FrameHeight.h"
 
+#include "Steps.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <map>
 
 namespace torvex {
 
@@ -29,6 +32,12 @@ constexpr double kSignificant = 5;
 constexpr int64_t kAsLong = 100;
 // A lag of a few rows dips under a row length a little off; frames are taller.
 constexpr int64_t kMinHeight = 16;
+// Seams read per frame height; the share of them that must stand out, and of
+// the further seams of a fraction of that height (rows within a frame rarely do).
+constexpr int64_t kSeams = 48;
+constexpr int64_t kSeamRun = 1024;
+constexpr double kSeamsShown = 2.0 / 3;
+constexpr double kFurtherSeamsShown = 1.0 / 3;
 
 // Means of the stretches of a run at `start`.
 std::vector<double> stretchMeans(const ElementSampler& sampler, int64_t start, int64_t run)
@@ -81,33 +90,84 @@ std::array<double, 2> dipStrengths(const ElementSampler& sampler, int64_t width,
     return {strength(better[0]), strength(better[1])};
 }
 
+// The shortest of the frames found, then the one with the shortest header.
+std::optional<FrameShape> shortest(std::vector<FrameShape> found)
+{
+    if (found.empty()) return std::nullopt;
+    const auto area = [](const FrameShape& f) { return f.width * f.height; };
+    const int64_t least = area(std::ranges::min(found, {}, area));
+    std::erase_if(found, [&](const FrameShape& f) { return area(f) > least + least / kAsLong; });
+    return std::ranges::min(found, {}, &FrameShape::header);
+}
+
+// Frames' seams to look at: up to `kSeams` of them, spread over the file.
+std::vector<int64_t> seamsOf(const FrameShape& shape, int64_t count)
+{
+    const int64_t seams = (count - shape.header) / (shape.width * shape.height) - 1;
+    std::vector<int64_t> ks;
+    for (int64_t k = 1; k <= seams && static_cast<int64_t>(ks.size()) < kSeams; k += std::max<int64_t>(1, seams / kSeams))
+        ks.push_back(k);
+    return ks;
+}
+
+// The shortest frame whose seams mostly stand out, or a fraction of it whose
+// further seams stand out far more often than rows within a frame do (seams
+// where frames meet with little change hide some of them).
+std::optional<FrameShape> seamedFrames(const ElementSampler& sampler, const std::vector<FrameShape>& shapes)
+{
+    const auto share = [&](const Steps& steps, const FrameShape& shape, int64_t skip) {
+        return steps.shareStandingOut(shape.header, shape.width * shape.height, seamsOf(shape, sampler.count()), skip);
+    };
+    std::vector<FrameShape> found;
+    std::map<int64_t, Steps> rowSteps; // by width
+    for (const FrameShape& shape : shapes) {
+        const Steps& steps =
+            rowSteps.try_emplace(shape.width, sampler, shape.width, std::min(kSeamRun, shape.width)).first->second;
+        if (share(steps, shape, 0) >= kSeamsShown) found.push_back(shape);
+    }
+    // A row length a little off has frames of nearly the same length, whose
+    // seams pass too; its rows line up worse.
+    if (found.empty()) return std::nullopt;
+    const int64_t width =
+        std::ranges::min(found, {}, [&](const FrameShape& f) { return rowSteps.at(f.width).typical(); }).width;
+    std::erase_if(found, [&](const FrameShape& f) { return f.width != width; });
+    const std::optional<FrameShape> frame = shortest(found);
+    if (!frame) return std::nullopt;
+    for (const FrameShape& part : shapes)
+        if (part.width == frame->width && part.height < frame->height && frame->height % part.height == 0 &&
+            share(rowSteps.at(part.width), part, frame->height / part.height) >= kFurtherSeamsShown)
+            return part;
+    return frame;
+}
+
 } // namespace
 
 std::optional<FrameShape> findFrames(const ElementSampler& sampler, const std::vector<int64_t>& widths,
                                      int64_t maxHeight, int64_t maxHeader)
 {
-    // By level first. Frames of one scene often differ in overall brightness,
+    // Frames fill the file but for a short header, which leaves few heights per row length.
+    std::vector<FrameShape> shapes;
+    for (const int64_t width : widths) {
+        const int64_t rows = sampler.count() / width;
+        for (int64_t height = kMinHeight; height <= std::min(maxHeight, rows / 2); ++height)
+            if (const int64_t header = sampler.count() % (width * height); header <= maxHeader)
+                shapes.push_back({width, height, header});
+    }
+    // Likeness first, by level first: it tells a row length a little off from
+    // the true one. Frames of one scene often differ in overall brightness,
     // which hides the level's dip; their shape then tells, but a smooth
     // scene's shape changes so little from row to row that a lag of whole
     // rows dips by shape too under a row length a little off.
     std::vector<FrameShape> byLevel, byShape;
-    for (const int64_t width : widths) {
-        const int64_t rows = sampler.count() / width;
-        for (int64_t height = kMinHeight; height <= std::min(maxHeight, rows / 2); ++height) {
-            const int64_t header = sampler.count() % (width * height);
-            if (header > maxHeader) continue;
-            if (std::ranges::max(dipStrengths(sampler, width, height, kScreenPlaces)) < kScreenPasses) continue;
-            const std::array<double, 2> strengths = dipStrengths(sampler, width, height, kPlaces);
-            if (strengths[0] >= kSignificant) byLevel.push_back({width, height, header});
-            if (strengths[1] >= kSignificant) byShape.push_back({width, height, header});
-        }
+    for (const FrameShape& shape : shapes) {
+        if (std::ranges::max(dipStrengths(sampler, shape.width, shape.height, kScreenPlaces)) < kScreenPasses) continue;
+        const std::array<double, 2> strengths = dipStrengths(sampler, shape.width, shape.height, kPlaces);
+        if (strengths[0] >= kSignificant) byLevel.push_back(shape);
+        if (strengths[1] >= kSignificant) byShape.push_back(shape);
     }
-    std::vector<FrameShape>& found = byLevel.empty() ? byShape : byLevel;
-    if (found.empty()) return std::nullopt;
-    const auto area = [](const FrameShape& f) { return f.width * f.height; };
-    const int64_t shortest = area(std::ranges::min(found, {}, area));
-    std::erase_if(found, [&](const FrameShape& f) { return area(f) > shortest + shortest / kAsLong; });
-    return std::ranges::min(found, {}, &FrameShape::header);
+    if (const std::optional<FrameShape> frame = shortest(byLevel.empty() ? byShape : byLevel)) return frame;
+    // Then seams, which need no likeness between frames.
+    return seamedFrames(sampler, shapes);
 }
 
 } // namespace torvex

@@ -1,5 +1,7 @@
 #include "RepeatLength.h"
 
+#include "Steps.h"
+
 #include <algorithm>
 #include <cmath>
 #include <iterator>
@@ -8,6 +10,19 @@
 namespace torvex {
 
 namespace {
+
+// Rows' seams looked at: runs of consecutive rows at a few places. The share
+// of them that must stand out, and of the further seams of a fraction of that
+// length (values within a row rarely do).
+constexpr int64_t kSeamPlaces = 8;
+constexpr int64_t kSeamRows = 6;
+constexpr int64_t kLeastSeamedWidth = 8;
+constexpr double kSeamsShown = 2.0 / 3;
+constexpr double kFurtherSeamsShown = 1.0 / 3;
+// Valleys shorter than this are as often a texture's period as a row; seams
+// of twice a valley's length are as often a valley at half a row.
+constexpr int64_t kLeastValleyUnderSeams = 64;
+constexpr int64_t kFewestRowsUnderSeams = 3;
 
 // Values read to find the valley, then to place the length in it.
 constexpr int kStarts = 64;
@@ -89,12 +104,33 @@ std::optional<double> parabolaBottom(const std::vector<double>& x, const std::ve
     return -b / (2 * a);
 }
 
-} // namespace
-
-std::vector<int64_t> rowLengths(const ElementSampler& sampler, int64_t maxWidth)
+// The shortest row length at which a row's first value mostly stands out from
+// the last of the row before (rows end with the file), or a fraction of it
+// whose further seams stand out far more often than values within a row do.
+std::optional<int64_t> seamedRowLength(const ElementSampler& sampler, int64_t maxWidth)
 {
-    const int64_t maxStride = std::min(maxWidth, (sampler.count() - kFitRun) / 2);
-    if (maxStride < 3) return {};
+    const Steps steps(sampler, 1, 1);
+    const int64_t count = sampler.count();
+    const auto share = [&](int64_t width, int64_t first, int64_t skip) {
+        std::vector<int64_t> rows;
+        for (int64_t place = 0; place < kSeamPlaces; ++place)
+            for (int64_t row = 0; row < kSeamRows; ++row)
+                rows.push_back(count / width * (2 * place + 1) / (2 * kSeamPlaces) + row);
+        return steps.shareStandingOut(first, width, rows, skip);
+    };
+    for (int64_t width = kLeastSeamedWidth; width <= maxWidth; ++width) {
+        const int64_t first = count % width;
+        if (share(width, first, 0) < kSeamsShown) continue;
+        for (int64_t parts = width / kLeastSeamedWidth; parts >= 2; --parts)
+            if (width % parts == 0 && share(width / parts, first, parts) >= kFurtherSeamsShown) return width / parts;
+        return width;
+    }
+    return std::nullopt;
+}
+
+// The row length at the bottom of the first valley of differences, with the lengths either side of it.
+std::vector<int64_t> valleyLengths(const ElementSampler& sampler, int64_t maxStride)
+{
     const std::vector<int64_t> valley = firstValley(sampler, maxStride);
     if (valley.empty()) return {};
     // Squared differences add up noise and structure, so the valley is a
@@ -117,6 +153,22 @@ std::vector<int64_t> rowLengths(const ElementSampler& sampler, int64_t maxWidth)
         for (const int64_t length : {bottom - step, bottom + step})
             if (length >= 2) lengths.push_back(length);
     return lengths;
+}
+
+} // namespace
+
+std::vector<int64_t> rowLengths(const ElementSampler& sampler, int64_t maxWidth)
+{
+    const int64_t maxStride = std::min(maxWidth, (sampler.count() - kFitRun) / 2);
+    if (maxStride < 3) return {};
+    const std::optional<int64_t> seamed = seamedRowLength(sampler, maxStride);
+    const std::vector<int64_t> valley = valleyLengths(sampler, maxStride);
+    // Seams where a row's end differs from its start; the valley where rows
+    // are alike, among them scenes symmetric about their middle, whose seams
+    // show only here and there and may pass at a few rows' length.
+    const bool fewRows = seamed && !valley.empty() && valley.front() >= kLeastValleyUnderSeams &&
+                         *seamed % valley.front() == 0 && *seamed / valley.front() >= kFewestRowsUnderSeams;
+    return seamed && !fewRows ? std::vector{*seamed} : valley;
 }
 
 } // namespace torvex

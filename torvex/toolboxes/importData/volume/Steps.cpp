@@ -1,0 +1,76 @@
+#include "Steps.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace torvex {
+
+namespace {
+
+constexpr int kPlaces = 192;
+constexpr int64_t kPlaceStep = 4099;
+// A seam stands this many spreads above the typical step; rows within a frame
+// of a noisy gradient stay within a few.
+constexpr double kStandsOut = 4;
+// Noise-free data has steps all alike: a spread of a small share of the step
+// itself, and of one level for integers, keeps rounding from making every
+// larger step stand out.
+constexpr double kLeastSpread = 0.05;
+// Places looked at before giving up on a period none of which stand out.
+constexpr size_t kFirstPlaces = 6;
+
+double median(std::vector<double> values)
+{
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::ranges::nth_element(values, middle);
+    return *middle;
+}
+
+} // namespace
+
+Steps::Steps(const ElementSampler& sampler, int64_t lag, int64_t run) : _sampler(sampler), _lag(lag), _run(run)
+{
+    const int64_t lastStart = sampler.count() - _run;
+    if (lastStart < lag) return;
+    std::vector<double> steps;
+    for (const int64_t start : sampleStarts(lastStart - lag, kPlaces, kPlaceStep))
+        if (const double step = stepAt(start + lag); std::isfinite(step)) steps.push_back(step);
+    if (steps.empty()) return;
+    _typical = median(steps);
+    for (double& step : steps) step = std::fabs(step - _typical);
+    const DType dtype = sampler.reading().dtype;
+    const double level = dtype == DType::Float16 || dtype == DType::Float32 || dtype == DType::Float64 ? 1e-12 : 1;
+    _spread = std::max({median(steps), kLeastSpread * _typical, level});
+}
+
+double Steps::stepAt(int64_t element) const
+{
+    std::vector<double> below(static_cast<size_t>(_run)), above(below.size());
+    _sampler.decode(element, _run, below.data());
+    _sampler.decode(element - _lag, _run, above.data());
+    double sum = 0;
+    int64_t pairs = 0;
+    for (size_t i = 0; i < below.size(); ++i)
+        if (const double d = std::fabs(below[i] - above[i]); std::isfinite(d)) sum += d, ++pairs;
+    return pairs ? sum / static_cast<double>(pairs) : NAN;
+}
+
+bool Steps::standsOut(int64_t element) const
+{
+    if (_spread == 0 || element < _lag || element + _run > _sampler.count()) return false;
+    return stepAt(element) > _typical + kStandsOut * _spread;
+}
+
+double Steps::shareStandingOut(int64_t first, int64_t period, const std::vector<int64_t>& ks, int64_t skip) const
+{
+    size_t looked = 0, standing = 0;
+    for (const int64_t k : ks) {
+        if (skip && k % skip == 0) continue;
+        standing += standsOut(first + k * period);
+        if (++looked == kFirstPlaces && standing == 0) break;
+    }
+    return looked ? static_cast<double>(standing) / static_cast<double>(looked) : 0;
+}
+
+} // namespace torvex

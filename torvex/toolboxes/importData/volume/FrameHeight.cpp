@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <iterator>
 #include <map>
 
 namespace torvex {
@@ -38,6 +39,8 @@ constexpr int64_t kSeams = 48;
 constexpr int64_t kSeamRun = 1024;
 constexpr double kSeamsShown = 2.0 / 3;
 constexpr double kFurtherSeamsShown = 1.0 / 3;
+// Rows compared aside of a frame that changes from one to the next, as a share of its height.
+constexpr int64_t kProfileAside = 8;
 
 // Means of the stretches of a run at `start`.
 std::vector<double> stretchMeans(const ElementSampler& sampler, int64_t start, int64_t run)
@@ -63,16 +66,16 @@ std::array<double, 2> distances(const std::vector<double>& a, const std::vector<
     return {squares / n, squares / n - (sum / n) * (sum / n)};
 }
 
-// How clearly a frame lag of `height` rows matches better than lags a row
-// shorter and longer do (the weaker side), by level and by shape, as a sign
+// How clearly a frame lag matches better than lags `aside` rows shorter and
+// longer do (the weaker side), by level and by shape, as a sign
 // test over `places` places: standard deviations by which more places match
 // better than chance gives, or NAN if the file is too short. Signs, not
 // sizes: a few places straddle a frame's edge and differ hugely, which would swamp a mean.
-std::array<double, 2> dipStrengths(const ElementSampler& sampler, int64_t width, int64_t height, int places)
+std::array<double, 2> dipStrengths(const ElementSampler& sampler, const FrameShape& shape, int64_t aside, int places)
 {
-    const int64_t lag = width * height;
+    const int64_t width = shape.width, lag = width * shape.height;
     const int64_t run = std::min(kRun, width * 4) / kStretch * kStretch;
-    const int64_t lastStart = sampler.count() - lag - width - run;
+    const int64_t lastStart = sampler.count() - lag - aside * width - run;
     if (run == 0 || lastStart < 0) return {NAN, NAN};
     int better[2][2] = {}; // [by shape][side]
     const std::vector<int64_t> starts = sampleStarts(lastStart, places, kPlaceStep);
@@ -80,7 +83,7 @@ std::array<double, 2> dipStrengths(const ElementSampler& sampler, int64_t width,
         const std::vector<double> base = stretchMeans(sampler, start, run);
         const std::array<double, 2> atFrame = distances(base, stretchMeans(sampler, start + lag, run));
         for (int side = 0; side < 2; ++side) {
-            const int64_t neighbour = start + lag + (side ? width : -width);
+            const int64_t neighbour = start + lag + (side ? aside : -aside) * width;
             const std::array<double, 2> aside = distances(base, stretchMeans(sampler, neighbour, run));
             for (int shape = 0; shape < 2; ++shape) better[shape][side] += aside[shape] > atFrame[shape];
         }
@@ -110,34 +113,70 @@ std::vector<int64_t> seamsOf(const FrameShape& shape, int64_t count)
     return ks;
 }
 
+// Row steps by row length, made once per length.
+class RowStepsByWidth {
+public:
+    explicit RowStepsByWidth(const ElementSampler& sampler) : _sampler(sampler) {}
+
+    const Steps& operator()(int64_t width)
+    {
+        return _steps.try_emplace(width, _sampler, width, std::min(kSeamRun, width)).first->second;
+    }
+
+private:
+    const ElementSampler& _sampler;
+    std::map<int64_t, Steps> _steps;
+};
+
+// The frames found of the row length whose rows line up best: a row length
+// a little off has frames of nearly the same length, which pass too.
+std::vector<FrameShape> bestAligned(std::vector<FrameShape> found, RowStepsByWidth& rowSteps)
+{
+    if (found.empty()) return found;
+    const int64_t width = std::ranges::min(found, {}, [&](const FrameShape& f) { return rowSteps(f.width).typical(); }).width;
+    std::erase_if(found, [&](const FrameShape& f) { return f.width != width; });
+    return found;
+}
+
 // The shortest frame whose seams mostly stand out, or a fraction of it whose
 // further seams stand out far more often than rows within a frame do (seams
 // where frames meet with little change hide some of them).
-std::optional<FrameShape> seamedFrames(const ElementSampler& sampler, const std::vector<FrameShape>& shapes)
+std::optional<FrameShape> seamedFrames(const ElementSampler& sampler, const std::vector<FrameShape>& shapes,
+                                       RowStepsByWidth& rowSteps)
 {
-    const auto share = [&](const Steps& steps, const FrameShape& shape, int64_t skip) {
-        return steps.shareStandingOut(shape.header, shape.width * shape.height, seamsOf(shape, sampler.count()), skip);
+    const auto share = [&](const FrameShape& shape, int64_t skip) {
+        return rowSteps(shape.width)
+            .shareStandingOut(shape.header, shape.width * shape.height, seamsOf(shape, sampler.count()), skip);
     };
     std::vector<FrameShape> found;
-    std::map<int64_t, Steps> rowSteps; // by width
-    for (const FrameShape& shape : shapes) {
-        const Steps& steps =
-            rowSteps.try_emplace(shape.width, sampler, shape.width, std::min(kSeamRun, shape.width)).first->second;
-        if (share(steps, shape, 0) >= kSeamsShown) found.push_back(shape);
-    }
-    // A row length a little off has frames of nearly the same length, whose
-    // seams pass too; its rows line up worse.
-    if (found.empty()) return std::nullopt;
-    const int64_t width =
-        std::ranges::min(found, {}, [&](const FrameShape& f) { return rowSteps.at(f.width).typical(); }).width;
-    std::erase_if(found, [&](const FrameShape& f) { return f.width != width; });
-    const std::optional<FrameShape> frame = shortest(found);
+    std::ranges::copy_if(shapes, std::back_inserter(found), [&](const FrameShape& f) { return share(f, 0) >= kSeamsShown; });
+    const std::optional<FrameShape> frame = shortest(bestAligned(found, rowSteps));
     if (!frame) return std::nullopt;
     for (const FrameShape& part : shapes)
         if (part.width == frame->width && part.height < frame->height && frame->height % part.height == 0 &&
-            share(rowSteps.at(part.width), part, frame->height / part.height) >= kFurtherSeamsShown)
+            share(part, frame->height / part.height) >= kFurtherSeamsShown)
             return part;
     return frame;
+}
+
+// Frames whose lag matches better than lags `aside(height)` rows off do, by
+// level where any do so, else by shape. Frames of one scene often differ in
+// overall brightness, which hides the level's dip; their shape then tells,
+// but a smooth scene's shape changes so little from row to row that a lag of
+// whole rows dips by shape too under a row length a little off.
+template <typename Aside>
+std::vector<FrameShape> alikeFrames(const ElementSampler& sampler, const std::vector<FrameShape>& shapes, Aside aside,
+                                    bool byLevelOnly = false)
+{
+    std::vector<FrameShape> byLevel, byShape;
+    for (const FrameShape& shape : shapes) {
+        const int64_t rows = aside(shape.height);
+        if (std::ranges::max(dipStrengths(sampler, shape, rows, kScreenPlaces)) < kScreenPasses) continue;
+        const std::array<double, 2> strengths = dipStrengths(sampler, shape, rows, kPlaces);
+        if (strengths[0] >= kSignificant) byLevel.push_back(shape);
+        if (strengths[1] >= kSignificant) byShape.push_back(shape);
+    }
+    return byLevel.empty() && !byLevelOnly ? byShape : byLevel;
 }
 
 } // namespace
@@ -153,21 +192,16 @@ std::optional<FrameShape> findFrames(const ElementSampler& sampler, const std::v
             if (const int64_t header = sampler.count() % (width * height); header <= maxHeader)
                 shapes.push_back({width, height, header});
     }
-    // Likeness first, by level first: it tells a row length a little off from
-    // the true one. Frames of one scene often differ in overall brightness,
-    // which hides the level's dip; their shape then tells, but a smooth
-    // scene's shape changes so little from row to row that a lag of whole
-    // rows dips by shape too under a row length a little off.
-    std::vector<FrameShape> byLevel, byShape;
-    for (const FrameShape& shape : shapes) {
-        if (std::ranges::max(dipStrengths(sampler, shape.width, shape.height, kScreenPlaces)) < kScreenPasses) continue;
-        const std::array<double, 2> strengths = dipStrengths(sampler, shape.width, shape.height, kPlaces);
-        if (strengths[0] >= kSignificant) byLevel.push_back(shape);
-        if (strengths[1] >= kSignificant) byShape.push_back(shape);
-    }
-    if (const std::optional<FrameShape> frame = shortest(byLevel.empty() ? byShape : byLevel)) return frame;
+    // Likeness of neighbouring rows first: it tells a row length a little off from the true one.
+    if (const auto frame = shortest(alikeFrames(sampler, shapes, [](int64_t) { return 1; }))) return frame;
     // Then seams, which need no likeness between frames.
-    return seamedFrames(sampler, shapes);
+    RowStepsByWidth rowSteps(sampler);
+    if (const auto frame = seamedFrames(sampler, shapes, rowSteps)) return frame;
+    // Last, frames that change more from one to the next than rows do within
+    // one (a scene that moves): they still repeat their profile down the
+    // frame, which rows a good part of a frame aside do not.
+    const auto partAside = [](int64_t height) { return std::max<int64_t>(2, height / kProfileAside); };
+    return shortest(bestAligned(alikeFrames(sampler, shapes, partAside, true), rowSteps));
 }
 
 } // namespace torvex

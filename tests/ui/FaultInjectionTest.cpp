@@ -283,11 +283,27 @@ TEST(FaultInjection, LongWorkCanBeCancelledAndFailuresPassThrough)
 // numbered hold[i] until it is cancelled and every hold has been reached.
 class LoadHook : public QObject {
 public:
-    explicit LoadHook(std::vector<int> hold) : hold_(std::move(hold))
-    {
-        QCoreApplication::instance()->installEventFilter(this);
-    }
+    explicit LoadHook(std::vector<int> hold) : hold_(std::move(hold)) { QCoreApplication::instance()->installEventFilter(this); }
     ~LoadHook() override { waitUntil([this] { return inside_ == 0; }); }
+
+    // The last file each load reported, with "!" where it also sent a result or an error.
+    std::string trail() const
+    {
+        const std::lock_guard lock(mutex_);
+        std::string text;
+        for (const auto& load : loads_)
+            text += (text.empty() ? "" : " ") + std::to_string(load->lastDone) + (load->reported ? "!" : "");
+        return text;
+    }
+
+    std::atomic<int> held{0};
+
+private:
+    struct Load {
+        int index = -1;
+        std::atomic<int> lastDone{0};
+        std::atomic<bool> reported{false};
+    };
 
     bool eventFilter(QObject* object, QEvent* event) override
     {
@@ -296,7 +312,6 @@ public:
         return false;
     }
 
-private:
     // A load counts from its first file: one superseded before it ran is no load.
     void attach(_ImageLoaderWorker* worker)
     {
@@ -325,25 +340,6 @@ private:
         QObject::connect(worker, &_ImageLoaderWorker::error, worker, reported, Qt::DirectConnection);
     }
 
-public:
-    // The last file each load reported, with "!" where it also sent a result or an error.
-    std::string trail() const
-    {
-        const std::lock_guard lock(mutex_);
-        std::string text;
-        for (const auto& load : loads_)
-            text += (text.empty() ? "" : " ") + std::to_string(load->lastDone) + (load->reported ? "!" : "");
-        return text;
-    }
-
-    std::atomic<int> held{0};
-
-private:
-    struct Load {
-        int index = -1;
-        std::atomic<int> lastDone{0};
-        std::atomic<bool> reported{false};
-    };
     std::vector<int> hold_;
     std::atomic<int> inside_{0};
     mutable std::mutex mutex_;

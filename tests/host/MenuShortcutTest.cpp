@@ -1,7 +1,9 @@
 // The tool's menus in the host: every shortcut from the keyboard, the raw-file
-// dialog's road, the title that names the source and the notice of an import.
+// dialog's road, the title that names the source, and an import's notice and
+// row in the workspace panel (whose save into a missing folder fails).
 #include "host/AppContext.h"
 #include "host/HostWindow.h"
+#include "host/WorkspacePanel.h"
 #include "toolboxes/importData/ImportData.h"
 #include "toolboxes/importData/ui/PreviewPlot.h"
 #include "toolboxes/importData/ui/PreviewSurface.h"
@@ -11,6 +13,7 @@
 #include <QDir>
 #include <QMessageBox>
 #include <QStatusBar>
+#include <QTableWidget>
 #include <QTest>
 #include <QTimer>
 
@@ -71,6 +74,11 @@ TEST(HostMenus, EachShortcutDoesItsWorkAndTheHostTellsOfIt)
              EXPECT_FALSE(QApplication::overrideCursor());
              EXPECT_EQ(host.statusBar()->currentMessage(),
                        "Imported cdata_1 ((1, 640, 400), uint8, 250.0 KiB) into the workspace");
+             const QTableWidget* table = host.workspacePanel()->table();
+             ASSERT_EQ(table->rowCount(), 1);
+             EXPECT_EQ(QStringList({table->item(0, 0)->text(), table->item(0, 1)->text(), table->item(0, 2)->text()}),
+                       QStringList({"cdata_1", "(1, 640, 400)", "uint8"}));
+             EXPECT_NE(host.workspacePanel()->saveRow(0, dir.filePath("missing/x.npy")), "");
          }},
         {"Ctrl+G", [&] { EXPECT_EQ(modals, QStringList{"Generated Load Function"}); }},
         {"Ctrl+0",

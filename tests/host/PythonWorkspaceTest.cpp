@@ -1,12 +1,12 @@
-// The workspace as a Python namespace: imported arrays as NumPy reads their
-// files, statements that fail, and the console's long statements.
+// The workspace as a Python namespace: a chosen part of a sequence as NumPy reads
+// its files (imported volumes of every type are the function dialog test's),
+// statements that fail, and the console's long statements.
 #include "host/AppContext.h"
 #include "host/HistoryLineEdit.h"
 #include "host/HostWindow.h"
 #include "host/PythonConsole.h"
 #include "host/PythonWorkspaceManager.h"
 #include "host/WorkspacePanel.h"
-#include "toolboxes/importData/volume/ImageTypes.h"
 
 #include "../support/WaitUntil.h"
 #include "../ui/FunctionDialogSteps.h"
@@ -32,48 +32,6 @@ PythonWorkspaceManager* workspaceOf(HostWindow& host)
 constexpr const char* kDescribe = "print(a.shape, a.dtype.name, repr(float(a.sum(dtype='f8'))), a.ravel()[[0, 11, -1]].tolist())";
 
 } // namespace
-
-TEST(PythonWorkspace, ImportedVolumesOfEveryTypeAreTheArraysNumPyReadsAndShareTheirMemory)
-{
-    struct Case {
-        LoadFunctionParams panel;
-        const char* fileType; // what the file holds, for writing it
-    };
-    const auto volume = [](QString type, LoadFunctionParams p = {}) {
-        p.imgType = type, p.width = 8, p.height = 4, p.frame = 3, p.readOrder = "C";
-        return p;
-    };
-    const std::vector<Case> cases = {
-        {volume("8-bit"), "u1"}, {volume("16-bit Signed", {.littleEndian = true}), "<i2"},
-        {volume("16-bit Unsigned", {.data_format = "HWCD", .bigEndian = true}), ">u2"}, {volume("32-bit Signed"), "=i4"},
-        {volume("32-bit Unsigned", {.littleEndian = true, .vflip = true, .data_format = "HWCD"}), "<u4"}, {volume("16-bit Real"), "=f2"},
-        {volume("32-bit Real", {.hflip = true, .data_format = "HWCD", .bigEndian = true}), ">f4"},
-        {volume("64-bit Real", {.data_format = "HWCD"}), "=f8"}, {volume("24-bit RGB"), "u1"},
-        {volume("24-bit BGR", {.data_format = "HWCD"}), "u1"}, {volume("32-bit ARGB"), "u1"},
-        {volume("32-bit ABGR", {.permute = "2,0,1"}), "u1"}, {volume("1-bit Bitmap"), "u1"},
-    };
-    QTemporaryDir dir;
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.panel.imgType.toStdString());
-        const QString raw = dir.filePath("v.raw");
-        const int bits = findImageType(c.panel.imgType)->bitsPerPixel;
-        test::runPython("import numpy, sys\n"
-                        "t = numpy.dtype(sys.argv[2]); n = int(sys.argv[3]) // t.itemsize\n"
-                        "numpy.random.default_rng(5).integers(0, 250, n).astype(t).tofile(sys.argv[1])",
-                        {raw, c.fileType, QString::number(8 * 4 * 3 * bits / 8)});
-        HostWindow host(raw);
-        test::setVolumePanel(*host.importData(), c.panel);
-        host.importData()->onImport();
-        const QString function = host.importData()->_gen_function(c.panel);
-        const QString numpyReads = test::runPython(function + "\nimport sys\na = load_data(sys.argv[1])\n" + kDescribe, {raw});
-        PythonWorkspaceManager* workspace = workspaceOf(host);
-        EXPECT_EQ(workspace->run_python(QString("a = cdata\n") + kDescribe).trimmed(), numpyReads);
-
-        const NdArray& cdata = workspace->get_workspace_data().at("cdata");
-        EXPECT_EQ(workspace->run_python("print(cdata.ctypes.data, cdata.flags.writeable)").trimmed(),
-                  QString("%1 %2").arg(quintptr(cdata.data())).arg(cdata.writeable() ? "True" : "False"));
-    }
-}
 
 TEST(PythonWorkspace, AChosenPartOfASequenceIsGatheredAsTheImagesRead)
 {

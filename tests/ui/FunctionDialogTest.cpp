@@ -1,11 +1,12 @@
 // Generate Function in the real window. The generated load functions, run by
 // Python on real files, return what the window itself makes of them: a raw file
-// imported by a real window in every image type, and folders of images stacked
-// by the window's loader. Then failures that open no dialog, and saving the text
+// imported by a real window in every image type (and what the workspace's Python
+// then holds), and folders of images stacked by the window's loader. Then failures that open no dialog, and saving the text
 // (failed saves are among the fault injections).
 #include "FunctionDialogSteps.h"
 #include "host/AppContext.h"
 #include "toolboxes/importData/loadfunction/ImageSequenceLoadFunction.h"
+#include "toolboxes/importData/loadfunction/PythonText.h"
 #include "toolboxes/importData/volume/ImageTypes.h"
 
 #include <QDir>
@@ -22,20 +23,23 @@ namespace {
 using namespace test;
 
 // Cases all run by one interpreter: a generated module, its input and the array
-// the window made of that input. Type, shape and every byte in this machine's
-// byte order must match (bytes, so that NaNs compare too).
+// the window made of that input, and optionally that array as the workspace's
+// Python saved it. Type, shape and every byte in this machine's byte order must
+// match (bytes, so that NaNs compare too).
 struct SavedArrayCases {
     QTemporaryDir dir;
     QJsonArray cases;
 
+    QString stem() const { return dir.filePath(QString("case%1").arg(cases.size())); }
+
     void add(const QString& label, const QString& text, const QString& function, const QString& input,
-             const NdArray& expected)
+             const NdArray& expected, bool seenByWorkspace = false)
     {
-        const QString stem = dir.filePath(QString("case%1").arg(cases.size()));
-        writeFile(stem + ".py", text.toUtf8());
-        saveNpy(expected, stem + ".npy");
-        cases.append(QJsonObject{{"label", label}, {"module", stem + ".py"}, {"function", function},
-                                 {"argument", input}, {"expected", stem + ".npy"}});
+        writeFile(stem() + ".py", text.toUtf8());
+        saveNpy(expected, stem() + ".npy");
+        cases.append(QJsonObject{{"label", label}, {"module", stem() + ".py"}, {"function", function},
+                                 {"argument", input}, {"expected", stem() + ".npy"},
+                                 {"seen", seenByWorkspace ? stem() + ".seen.npy" : ""}});
     }
 
     // The report of the cases that differ; empty when all match.
@@ -46,14 +50,15 @@ import json, runpy, sys
 import numpy as np
 for case in json.loads(sys.stdin.read()):
     try:
-        got = runpy.run_path(case["module"])[case["function"]](case["argument"])
+        got = [runpy.run_path(case["module"])[case["function"]](case["argument"])]
     except Exception as e:
         print(f"{case['label']}: {e!r}")
         continue
     want = np.load(case["expected"])
-    got = got.astype(got.dtype.newbyteorder("="))
-    if got.dtype != want.dtype or got.shape != want.shape or got.tobytes() != want.tobytes():
-        print(f"{case['label']}: got {got.dtype}{got.shape}\n{got}\nwant {want.dtype}{want.shape}\n{want}")
+    for source, got in zip(("generated", "workspace"), got + ([np.load(case["seen"])] if case["seen"] else [])):
+        got = got.astype(got.dtype.newbyteorder("="))
+        if got.dtype != want.dtype or got.shape != want.shape or got.tobytes() != want.tobytes():
+            print(f"{case['label']} {source}: got {got.dtype}{got.shape}\n{got}\nwant {want.dtype}{want.shape}\n{want}")
 )",
                                {}, QJsonDocument(cases).toJson());
     }
@@ -70,9 +75,8 @@ std::vector<LoadFunctionParams> layoutsOf(const QString& type)
              .colorOrder = "ABCABC", .keep_c_on_gray = true, .bigEndian = true},
             {.imgType = type, .offset = 3, .gap = 5, .width = 8, .height = 3, .frame = 2, .littleEndian = true,
              .readOrder = "C", .colorOrder = "ABCABC", .permute = "1,2,0", .hflip = true},
-            {.imgType = type, .width = 8, .height = 3, .frame = 2, .littleEndian = true,
-             .readOrder = columnMajorIfBitmap, .colorOrder = "AABBCC", .permute = "2,0,1", .vflip = true,
-             .data_format = "HWCD"},
+            {.imgType = type, .width = 8, .height = 3, .frame = 2, .readOrder = columnMajorIfBitmap,
+             .colorOrder = "AABBCC", .permute = "2,0,1", .vflip = true, .data_format = "HWCD", .bigEndian = true},
             {.imgType = type, .offset = 3, .gap = 5, .width = 8, .height = 3, .frame = 2,
              .readOrder = columnMajorIfBitmap, .colorOrder = "AABBCC", .permute = "0,2,1", .hflip = true,
              .vflip = true, .data_format = "HWCD", .keep_c_on_gray = true},
@@ -84,6 +88,7 @@ TEST(GeneratedLoadData, ReturnsWhatTheWindowImportsFromTheSameFileInEveryTypeAnd
 {
     AppContext context;
     ImportData w(nullptr, &context);
+    WorkspaceManager& workspace = *context.get_component("workspace_manager");
     SavedArrayCases cases;
     std::mt19937 random(7);
     for (const ImageType& type : imageTypes()) {
@@ -97,15 +102,22 @@ TEST(GeneratedLoadData, ReturnsWhatTheWindowImportsFromTheSameFileInEveryTypeAnd
             w.openFile(raw);
             setVolumePanel(w, p);
             w.onImport();
-            const auto& workspace = context.get_component("workspace_manager")->get_workspace_data();
+            const auto& data = workspace.get_workspace_data();
             const QListWidgetItem* entry = w.ui->listWidget_data->currentItem();
-            const auto imported = entry ? workspace.find(entry->text()) : workspace.end();
-            ASSERT_NE(imported, workspace.end()) << label.toStdString() << ": "
+            const auto imported = entry ? data.find(entry->text()) : data.end();
+            ASSERT_NE(imported, data.end()) << label.toStdString() << ": "
                                                  << w.ui->statusbar->currentMessage().toStdString();
+            // The workspace's Python holds the imported memory itself, read-only where the array is.
+            const NdArray& array = imported->second;
+            EXPECT_EQ(workspace.run_python(QString("np.save(%1, %2)\nprint(%2.ctypes.data, %2.flags.writeable)")
+                                               .arg(pythonRepr(cases.stem() + ".seen.npy"), entry->text()))
+                          .trimmed(),
+                      QString("%1 %2").arg(quintptr(array.data())).arg(array.writeable() ? "True" : "False"))
+                << label.toStdString();
             // The text as the dialog shows it: every panel widget read into the right field.
             QString shown;
             play(w, {press("OK", [&](QTextEdit* text) { shown = text->toPlainText(); })});
-            cases.add(label, shown, "load_data", raw, imported->second);
+            cases.add(label, shown, "load_data", raw, array, true);
         }
     }
     EXPECT_EQ(cases.failures(), "");

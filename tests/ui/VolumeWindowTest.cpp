@@ -2,7 +2,6 @@
 // entries brought back into the widgets, renamed and imported; and drops of
 // local files and folders, which choose the mode by themselves.
 #include "toolboxes/importData/ImportData.h"
-#include "toolboxes/importData/model/AppContext.h"
 #include "toolboxes/importData/ui/LevelsHistogram.h"
 #include "toolboxes/importData/ui/PreviewSurface.h"
 #include "toolboxes/importData/ui/ImportDataForm.h"
@@ -81,7 +80,6 @@ TEST_F(VolumeWindow, OpeningAFileDecodesShowsTheBadgeAndMakesOneEntry)
 
     // Two frames of 320 rows, permuted to 320 frames of 2 rows.
     w.ui->spinBox_totalFrame->setValue(2);
-    EXPECT_EQ(w.prasedData->shape(), (Shape{2, 320, 400, 1}));
     EXPECT_EQ(w.ui->label_totalFrame->text(), "/ 2");
     w.ui->spinBox_frame->setValue(2);
     w.ui->comboBox_permute->setCurrentText("1,0,2");
@@ -116,19 +114,7 @@ TEST_F(VolumeWindow, BadParametersAndBadFilesReport)
     EXPECT_EQ(w._bytes_badge->text(), QString::fromUtf8("\u26a0\u00a0-256000 B"));
 }
 
-TEST_F(VolumeWindow, ReadoutFollowsTheMouseOverTheShownFrame)
-{
-    ImportData w(nullptr, nullptr, {}, exactFile);
-    w.resize(900, 700);
-    w.show();
-    w._onVolumeMouseMoved(w._preview_plot->sceneBoundingRect().center());
-    const QString text = w._pixel_info_label->text();
-    EXPECT_TRUE(text.startsWith("X:")) << text.toStdString();
-    w._onVolumeMouseMoved(w._preview_plot->sceneBoundingRect().bottomRight() + QPointF(50, 50));
-    EXPECT_EQ(w._pixel_info_label->text(), "");
-}
-
-TEST_F(VolumeWindow, EachLoadIsARowThatBringsItsPanelBack)
+TEST_F(VolumeWindow, EachLoadIsARowThatBringsItsPanelBackUnderAPythonName)
 {
     ImportData w(nullptr, nullptr, {}, exactFile);
     w.openFile(second);
@@ -165,35 +151,22 @@ TEST_F(VolumeWindow, EachLoadIsARowThatBringsItsPanelBack)
     EXPECT_FALSE(w.ui->checkBox_bigEndian->isChecked());
     EXPECT_EQ(w.ui->spinBox_frame->value(), 1);
     EXPECT_EQ(w.ui->label_totalFrame->text(), "/ 2");
-}
 
-TEST_F(VolumeWindow, RenamesAreForcedToPythonNamesAndSelect)
-{
-    ImportData w(nullptr, nullptr, {}, exactFile);
-    w.openFile(exactFile);
-    ASSERT_EQ(w.ui->listWidget_data->count(), 2);
-    QListWidgetItem* a = w.ui->listWidget_data->item(0);
-    a->setText("  my data ");
-    EXPECT_EQ(a->text(), "my_data");
-    EXPECT_EQ(w.ui->listWidget_data->currentItem(), a);
+    // Renames are forced to Python names and select their row; duplicates are allowed.
+    QListWidgetItem* first = w.ui->listWidget_data->item(0);
+    first->setText("  my data ");
+    EXPECT_EQ(first->text(), "my_data");
+    EXPECT_EQ(w.ui->listWidget_data->currentItem(), first);
     w.ui->listWidget_data->item(1)->setText("my_data");
-    EXPECT_EQ(w.ui->listWidget_data->item(1)->text(), "my_data"); // duplicates are allowed
+    EXPECT_EQ(w.ui->listWidget_data->item(1)->text(), "my_data");
     EXPECT_EQ(w.session().entries.find(1)->name, "my_data");
 }
 
-TEST_F(VolumeWindow, ImportTakesTheFormatControlsAndReportsOnTheHost)
+// What an import holds in each format is the function dialog test's.
+TEST_F(VolumeWindow, ImportFailuresReportOnTheHostOrInABox)
 {
-    AppContext context;
     QMainWindow host;
     host.statusBar();
-    ImportData w(&host, &context, {}, exactFile);
-    const auto& workspace = context.get_component("workspace_manager")->get_workspace_data();
-    // The start format (DHWC, no channel axis) is the host test's; the controls change it.
-    w.ui->comboBox_out_format->setCurrentText("HWCD");
-    w.ui->checkBox_keepc->setChecked(true);
-    w.onImport();
-    EXPECT_EQ(workspace.at("cdata").shape(), (Shape{640, 400, 1, 1}));
-
     // Without a context the failure goes to the host's status bar only.
     ImportData orphan(&host, nullptr, {}, exactFile);
     test::ModalWatcher watcher;
@@ -205,7 +178,7 @@ TEST_F(VolumeWindow, ImportTakesTheFormatControlsAndReportsOnTheHost)
     EXPECT_EQ(watcher.texts, QStringList{"Error|No data to import"});
 }
 
-TEST_F(VolumeWindow, DropsRouteByWhatIsDropped)
+TEST_F(VolumeWindow, DropsRouteByWhatIsDroppedAndNothingUsableIsIgnored)
 {
     // What is dropped; the mode it sets (0 a raw volume, 1 images); the source shown; the images listed.
     const struct { QStringList dropped; int mode; QString shown; QStringList listed; } rows[] = {
@@ -215,7 +188,17 @@ TEST_F(VolumeWindow, DropsRouteByWhatIsDropped)
         {{folder, other}, 1, dir.path(), {other}},               // files win over folders
         {{folder, dir.path()}, 1, folder, {}},                   // the first folder only
     };
-    DropTarget w;
+    DropTarget w(nullptr, nullptr, {}, exactFile);
+    // Drops of nothing usable are ignored and keep the source.
+    EXPECT_FALSE(w.deliver<QDropEvent>({"https://example.org/a.png"}));
+    EXPECT_EQ(status(w), "Error: No valid files or folders");
+    EXPECT_FALSE(w.deliver<QDropEvent>({dir.filePath("gone.raw")}));
+    EXPECT_FALSE(w.deliver<QDropEvent>({}));
+    EXPECT_TRUE(w.readedBinary.has_value());
+    // A drag is welcome when it holds an existing local path.
+    EXPECT_TRUE(w.deliver<QDragEnterEvent>({"https://example.org/a.png", dir.filePath("gone"), exactFile}));
+    EXPECT_FALSE(w.deliver<QDragEnterEvent>({"https://example.org/a.png"}));
+
     for (const auto& row : rows) {
         SCOPED_TRACE(row.dropped.join(", ").toStdString());
         EXPECT_TRUE(w.deliver<QDropEvent>(row.dropped));
@@ -226,20 +209,7 @@ TEST_F(VolumeWindow, DropsRouteByWhatIsDropped)
     }
 }
 
-TEST_F(VolumeWindow, DropsOfNothingUsableAreIgnoredAndKeepTheSource)
-{
-    DropTarget w(nullptr, nullptr, {}, exactFile);
-    EXPECT_FALSE(w.deliver<QDropEvent>({"https://example.org/a.png"}));
-    EXPECT_EQ(status(w), "Error: No valid files or folders");
-    EXPECT_FALSE(w.deliver<QDropEvent>({dir.filePath("gone.raw")}));
-    EXPECT_FALSE(w.deliver<QDropEvent>({}));
-    EXPECT_TRUE(w.readedBinary.has_value());
-    // A drag is welcome when it holds an existing local path.
-    EXPECT_TRUE(w.deliver<QDragEnterEvent>({"https://example.org/a.png", dir.filePath("gone"), exactFile}));
-    EXPECT_FALSE(w.deliver<QDragEnterEvent>({"https://example.org/a.png"}));
-}
-
-TEST_F(VolumeWindow, LevelsHandlesChangeTheDisplayOnlyAndAutoComesBackDoubleClickFits)
+TEST_F(VolumeWindow, ReadoutFollowsTheMouseLevelsChangeTheDisplayOnlyDoubleClickFits)
 {
     // Two 8-bit frames of 400 x 640, column x holding x % 200, plus 50 in the second.
     QByteArray bytes(2 * 400 * 640, 0);
@@ -275,6 +245,9 @@ TEST_F(VolumeWindow, LevelsHandlesChangeTheDisplayOnlyAndAutoComesBackDoubleClic
     w._preview_plot->zoomAbout(surface->mapFromScene(pixel), 4);
     const QByteArray data(reinterpret_cast<const char*>(w.transferedData->data()), w.transferedData->nbytes());
     const QString readBefore = readout();
+    EXPECT_EQ(readBefore, QString::fromUtf8("X:150  Y:320  \u25b6  150"));
+    w._onVolumeMouseMoved({-5, 10}); // off the frame
+    EXPECT_EQ(w._pixel_info_label->text(), "");
     EXPECT_EQ(levels->shownLevels(), (ValueRange{0, 199}));
     EXPECT_EQ(shownGray(), 150 * 255 / 199);
 

@@ -66,6 +66,8 @@ TEST(Progress, CancelledPassesLeaveNothingBehind)
     EXPECT_EQ(test::readFile(old), "earlier");
     saveNpy(stack, fresh, [](int64_t, int64_t) { return true; });
     EXPECT_EQ(test::readFile(fresh).right(kSide * kSide), QByteArray(kSide * kSide, 4));
+    // What NumPy reads of a saved array is the function dialog test's.
+    EXPECT_THROW(saveNpy(stack, dir.filePath("no/such/folder/x.npy")), std::runtime_error);
 }
 
 } // namespace

@@ -78,7 +78,6 @@ TEST(NdArray, ViewsShareStorageAndWalkInTheirOwnOrder)
 TEST(NdArray, CopiesGatherStackPadAndConvert)
 {
     const NdArray a = iota({3, 2}, DType::UInt16);
-    EXPECT_EQ(values(a.take({2, 0})), (Values{4, 5, 0, 1}));
     EXPECT_EQ(values(NdArray::stack({a.index(0), a.index(2)}, 1)), (Values{0, 4, 1, 5}));
     EXPECT_EQ(values(NdArray::stack({a.flip(0)}, 0)), (Values{4, 5, 2, 3, 0, 1}));
     EXPECT_EQ(values(a.index(0).pad({{1, 2}})), (Values{0, 0, 1, 0, 0}));
@@ -107,29 +106,6 @@ TEST(NdArray, ElementTextIsTheShortestThatReadsBack)
         const NdArray a = frame({v}, dtype, 1);
         EXPECT_EQ(a.elementText(a.data()), text);
     }
-}
-
-TEST(NdArray, SaveNpyWritesWhatNumPyReadsBack)
-{
-    QTemporaryDir dir;
-    // A flipped, transposed view of little-endian half floats read straight from bytes.
-    QByteArray bytes;
-    for (int i = 0; i < 6; ++i) {
-        const Float16 h(static_cast<float>(i) / 4);
-        bytes.append(static_cast<char>(h.bits() & 0xff)).append(static_cast<char>(h.bits() >> 8));
-    }
-    const NdArray view =
-        NdArray::wrap(bytes, 0, 12, DType::Float16, ByteOrder::Little).reshape({2, 3}).transpose({1, 0}).flip(0);
-    saveNpy(view, dir.filePath("half.npy"));
-    saveNpy(iota({2, 1, 3}, DType::UInt32), dir.filePath("u32.npy"));
-    const QString out = test::runPython(
-        "import numpy, sys\n"
-        "a = numpy.load(sys.argv[1]); b = numpy.load(sys.argv[2])\n"
-        "print(a.dtype, a.shape, a.ravel().tolist(), b.dtype, b.shape, b.ravel().tolist())",
-        {dir.filePath("half.npy"), dir.filePath("u32.npy")});
-    EXPECT_EQ(out.toStdString(),
-              "float16 (3, 2) [0.5, 1.25, 0.25, 1.0, 0.0, 0.75] uint32 (2, 1, 3) [0, 1, 2, 3, 4, 5]");
-    EXPECT_THROW(saveNpy(view, dir.filePath("no/such/folder/x.npy")), std::runtime_error);
 }
 
 TEST(NdArray, TakePicksWithoutCopyingAndGathersOnDemand)
@@ -220,45 +196,43 @@ INSTANTIATE_TEST_SUITE_P(All, RawDecoderLayout,
 TEST(RawDecoder, FailuresReadLikeTheFrameByFrameRead)
 {
     const QByteArray file(100, '\0');
-    // Where the file runs short (that the last frame needs no gap behind it is the property test's).
-    RawLayout p{.offset = 4, .gap = 8, .width = 4, .height = 4, .frame = 3};
-    EXPECT_EQ(failureOf(file.left(4 + 2 * 24 + 15), "8-bit", p), "The image data is not complete");
-    EXPECT_EQ(failureOf(file.left(4 + 2 * 24 + 15), "24-bit BGR", p), "The image data is not complete");
-    EXPECT_EQ(failureOf(file.left(4 + 2 * 24 + 15), "1-bit Bitmap", {.width = 16, .height = 8, .frame = 9}),
-              "The image data is not complete");
-    for (const char* type : {"8-bit", "32-bit ABGR", "1-bit Bitmap"})
-        EXPECT_EQ(failureOf(file, type, {.width = 8, .height = 8, .frame = 0}), "need at least one array to stack");
-
-    // A single frame ignores the gap (the property test's) and reads what the file has.
-    EXPECT_EQ(failureOf(file.left(15), "16-bit Signed", {.width = 4, .height = 4, .frame = 1}),
-              "buffer size must be a multiple of element size");
-    EXPECT_EQ(failureOf(file.left(14), "16-bit Signed", {.width = 4, .height = 4, .frame = 1}),
-              "cannot reshape array of size 7 into shape (1,4,4,1)");
-    EXPECT_EQ(failureOf(file.left(10), "24-bit RGB", {.width = 2, .height = 2, .frame = 1}),
-              "all input arrays must have the same shape");
-    EXPECT_EQ(failureOf(file.left(9), "24-bit RGB", {.width = 2, .height = 2, .frame = 1}),
-              "cannot reshape array of size 9 into shape (1,2,2,3)");
-    EXPECT_EQ(failureOf(file, "1-bit Bitmap", {.width = 3, .height = 3, .frame = 1}),
-              "cannot reshape array of size 8 into shape (1,3,3,1)");
-    EXPECT_EQ(failureOf(file, "1-bit Bitmap", {.width = 3, .height = 3, .frame = 2}),
-              "cannot reshape array of size 8 into shape (3,3,1)");
-    EXPECT_NE(failureOf(file, "8-bit", {.width = 2, .height = 2, .frame = 2, .readOrder = "X"}), "");
-
-    // Sizes whose products leave 64 bits fail cleanly, without allocating.
+    const RawLayout gapped{.offset = 4, .gap = 8, .width = 4, .height = 4, .frame = 3};
     const int64_t big = 2147483647;
-    for (const char* type : {"64-bit Real", "32-bit ARGB", "1-bit Bitmap"}) {
-        EXPECT_EQ(failureOf(file, type, {.offset = big, .gap = big, .width = big, .height = big, .frame = big}),
-                  "The image data is not complete");
-        EXPECT_EQ(failureOf(file, type, {.width = big, .height = big, .frame = 2}), "The image data is not complete");
-    }
-    EXPECT_EQ(failureOf(file, "64-bit Real", {.width = big, .height = big, .frame = 1}),
-              "buffer size must be a multiple of element size");
-    EXPECT_EQ(failureOf(file, "32-bit ARGB", {.width = big, .height = big, .frame = 1}),
-              "cannot reshape array of size 100 into shape (1,2147483647,2147483647,4)");
-    EXPECT_EQ(failureOf(file, "1-bit Bitmap", {.width = big, .height = big, .frame = 1}),
-              "cannot reshape array of size 800 into shape (1,2147483647,2147483647,1)");
-    p.imgType = "12-bit";
-    EXPECT_FALSE(decodeRawVolume(file, p).has_value());
+    const RawLayout beyond64Bits{.offset = big, .gap = big, .width = big, .height = big, .frame = big};
+    // Bytes of the file, type, layout: the message. Whether a layout fails at
+    // all (and that the last frame needs no gap behind it) is the property test's.
+    const std::tuple<qsizetype, const char*, RawLayout, const char*> cases[] = {
+        // Where the file runs short.
+        {4 + 2 * 24 + 15, "8-bit", gapped, "The image data is not complete"},
+        {4 + 2 * 24 + 15, "24-bit BGR", gapped, "The image data is not complete"},
+        {4 + 2 * 24 + 15, "1-bit Bitmap", {.width = 16, .height = 8, .frame = 9}, "The image data is not complete"},
+        {100, "8-bit", {.width = 8, .height = 8, .frame = 0}, "need at least one array to stack"},
+        {100, "32-bit ABGR", {.width = 8, .height = 8, .frame = 0}, "need at least one array to stack"},
+        {100, "1-bit Bitmap", {.width = 8, .height = 8, .frame = 0}, "need at least one array to stack"},
+        // A single frame ignores the gap and reads what the file has.
+        {15, "16-bit Signed", {.width = 4, .height = 4, .frame = 1}, "buffer size must be a multiple of element size"},
+        {14, "16-bit Signed", {.width = 4, .height = 4, .frame = 1}, "cannot reshape array of size 7 into shape (1,4,4,1)"},
+        {10, "24-bit RGB", {.width = 2, .height = 2, .frame = 1}, "all input arrays must have the same shape"},
+        {9, "24-bit RGB", {.width = 2, .height = 2, .frame = 1}, "cannot reshape array of size 9 into shape (1,2,2,3)"},
+        {100, "1-bit Bitmap", {.width = 3, .height = 3, .frame = 1}, "cannot reshape array of size 8 into shape (1,3,3,1)"},
+        {100, "1-bit Bitmap", {.width = 3, .height = 3, .frame = 2}, "cannot reshape array of size 8 into shape (3,3,1)"},
+        // Sizes whose products leave 64 bits fail cleanly, without allocating.
+        {100, "64-bit Real", beyond64Bits, "The image data is not complete"},
+        {100, "32-bit ARGB", beyond64Bits, "The image data is not complete"},
+        {100, "1-bit Bitmap", beyond64Bits, "The image data is not complete"},
+        {100, "64-bit Real", {.width = big, .height = big, .frame = 2}, "The image data is not complete"},
+        {100, "32-bit ARGB", {.width = big, .height = big, .frame = 2}, "The image data is not complete"},
+        {100, "1-bit Bitmap", {.width = big, .height = big, .frame = 2}, "The image data is not complete"},
+        {100, "64-bit Real", {.width = big, .height = big, .frame = 1}, "buffer size must be a multiple of element size"},
+        {100, "32-bit ARGB", {.width = big, .height = big, .frame = 1},
+         "cannot reshape array of size 100 into shape (1,2147483647,2147483647,4)"},
+        {100, "1-bit Bitmap", {.width = big, .height = big, .frame = 1},
+         "cannot reshape array of size 800 into shape (1,2147483647,2147483647,1)"},
+    };
+    for (const auto& [bytes, type, layout, message] : cases)
+        EXPECT_EQ(failureOf(file.left(bytes), type, layout), message) << type << ", " << bytes << " bytes";
+    EXPECT_NE(failureOf(file, "8-bit", {.width = 2, .height = 2, .frame = 2, .readOrder = "X"}), "");
+    EXPECT_FALSE(decodeRawVolume(file, {.imgType = "12-bit", .width = 4, .height = 4, .frame = 1}).has_value());
 }
 
 TEST(RawDecoder, ViewsShareTheFileBytesAndAreReadOnly)
@@ -271,12 +245,11 @@ TEST(RawDecoder, ViewsShareTheFileBytesAndAreReadOnly)
         NdArray copy = a;
         EXPECT_THROW(copy.mutableData(), std::runtime_error);
     }
-    // Big-endian values are swapped as they are read, still a view (all types and
-    // layouts against NumPy's reading: the function dialog test).
-    const QByteArray big("\x01\x02\xff\xfe", 4);
+    // Big-endian values are swapped as they are read, still a view (their values
+    // in all types and layouts against NumPy's reading: the function dialog test).
+    const QByteArray big(4, '\x01');
     const NdArray a = *decodeRawVolume(big, {.imgType = "16-bit Signed", .width = 2, .height = 1, .frame = 1,
                                              .bigEndian = true});
-    EXPECT_EQ(values(a), (Values{258, -2}));
     EXPECT_EQ(reinterpret_cast<const char*>(a.data()), big.constData());
 }
 
@@ -376,9 +349,8 @@ TEST(AxisTransfer, PermutesAndFlipsAsViews)
     // Both flips turn each frame by 180 degrees.
     const NdArray turned = transferAxes(stack, "0,1,2", true, true);
     EXPECT_EQ(turned.index(2).index(0).index(0).data(), stack.index(2).index(99).index(199).data());
-    EXPECT_THROW(transferAxes(stack, "0,1", false, false), std::runtime_error);
-    EXPECT_THROW(transferAxes(stack, "0,1,x", false, false), std::runtime_error);
-    EXPECT_THROW(transferAxes(stack, "0,1,3", false, false), std::runtime_error);
+    for (const char* bad : {"0,1", "0,1,x", "0,1,3"})
+        EXPECT_THROW(transferAxes(stack, bad, false, false), std::runtime_error) << bad;
 }
 
 TEST(PixelReadout, ReadsTheArrayAsShown)
@@ -477,7 +449,7 @@ TEST(Histogram, CountsEachValueInItsBinAndSamplesLargeFrames)
     EXPECT_EQ(counts[0], counts[1]);
 }
 
-TEST(DisplayImage, EveryLayoutOfAViewShowsItsOwnElements)
+TEST(DisplayImage, EveryLayoutOfAViewShowsItsOwnElementsAndFlatFramesShowBlack)
 {
     constexpr int64_t h = 37, w = 53;
     for (DType dtype : {DType::UInt8, DType::Int16, DType::UInt16, DType::Int32, DType::UInt32, DType::Float16,
@@ -497,6 +469,12 @@ TEST(DisplayImage, EveryLayoutOfAViewShowsItsOwnElements)
              })
             EXPECT_TRUE(showsExactLevels(view));
     }
+    // Flat, all NaN, and a NaN beside one number: none has a range, so all show black.
+    for (const NdArray& flat : {frame(std::vector<double>(600, 4000.0), DType::UInt16, 30),
+                                frame(std::vector<double>(600, 7.5), DType::Float32, 30),
+                                frame(std::vector<double>(600, NAN), DType::Float64, 30),
+                                frame({NAN, 3.0, NAN}, DType::Float16, 3)})
+        EXPECT_TRUE(showsExactLevels(flat)) << dtypeName(flat.dtype());
 }
 
 TEST(DisplayImage, ColourChannelsShareOneRange)
@@ -515,15 +493,6 @@ TEST(DisplayImage, ColourChannelsShareOneRange)
     EXPECT_EQ(displayImage(planar).format(), QImage::Format_RGBA8888);
     EXPECT_TRUE(showsExactLevels(planar));
     EXPECT_EQ(displayImage(planar.slice(2, 0, 1)).format(), QImage::Format_Grayscale8);
-}
-
-TEST(DisplayImage, FramesWithoutARangeShowBlack)
-{
-    // Flat, all NaN, and a NaN beside one number: none has a range.
-    EXPECT_TRUE(showsExactLevels(frame(std::vector<double>(600, 4000.0), DType::UInt16, 30)));
-    EXPECT_TRUE(showsExactLevels(frame(std::vector<double>(600, 7.5), DType::Float32, 30)));
-    EXPECT_TRUE(showsExactLevels(frame(std::vector<double>(600, NAN), DType::Float64, 30)));
-    EXPECT_TRUE(showsExactLevels(frame({NAN, 3.0, NAN}, DType::Float16, 3)));
 }
 
 TEST(DisplayImage, RejectsShapesThatAreNoFrame)

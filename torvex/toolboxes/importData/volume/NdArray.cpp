@@ -349,16 +349,6 @@ NdArray NdArray::squeeze(int axis) const
     return viewWith(offset_, shape, strides);
 }
 
-NdArray NdArray::expandDims(int axis) const
-{
-    if (picks_) return regular().expandDims(axis);
-    if (axis < 0 || axis > ndim()) fail("axis " + std::to_string(axis) + " is out of bounds");
-    Shape shape = shape_, strides = strides_;
-    shape.insert(shape.begin() + axis, 1);
-    strides.insert(strides.begin() + axis, itemsize());
-    return viewWith(offset_, shape, strides);
-}
-
 NdArray NdArray::reshape(const Shape& shape, char order) const
 {
     if (picks_) return regular().reshape(shape, order);
@@ -493,21 +483,6 @@ NdArray NdArray::take(const std::vector<int64_t>& indices) const
     return out;
 }
 
-NdArray NdArray::unpackBits() const
-{
-    if (dtype_ != DType::UInt8) fail("Expected an input array of unsigned byte data type");
-    Shape shape = shape_;
-    if (shape.empty()) shape.push_back(1);
-    shape.back() = checkedMul(shape.back(), 8);
-    NdArray out = empty(shape, DType::UInt8);
-    auto* dst = reinterpret_cast<uint8_t*>(out.mutableData());
-    forEach([&](const std::byte* p) {
-        const auto byte = static_cast<uint8_t>(*p);
-        for (int bit = 7; bit >= 0; --bit) *dst++ = (byte >> bit) & 1u;
-    });
-    return out;
-}
-
 NdArray NdArray::pad(const std::vector<std::pair<int64_t, int64_t>>& widths) const
 {
     if (static_cast<int>(widths.size()) != ndim()) fail("pad widths don't match array");
@@ -521,28 +496,6 @@ NdArray NdArray::pad(const std::vector<std::pair<int64_t, int64_t>>& widths) con
     for (int i = 0; i < ndim(); ++i) interiorOffset += widths[i].first * out.strides_[i];
     NdArray interior = out.viewWith(interiorOffset, shape_, out.strides_);
     assign(interior, *this);
-    return out;
-}
-
-NdArray NdArray::stack(const std::vector<NdArray>& arrays, int axis)
-{
-    if (arrays.empty()) fail("need at least one array to stack");
-    const NdArray& first = arrays.front();
-    for (const NdArray& a : arrays) {
-        if (a.shape_ != first.shape_) fail("all input arrays must have the same shape");
-        if (a.dtype_ != first.dtype_) fail("all input arrays must have the same element type");
-    }
-    if (axis < 0 || axis > first.ndim()) fail("axis " + std::to_string(axis) + " is out of bounds");
-    Shape shape = first.shape_;
-    shape.insert(shape.begin() + axis, static_cast<int64_t>(arrays.size()));
-    NdArray out = empty(shape, first.dtype_);
-    // Item i of the stack is the view of `out` at index i of `axis`.
-    Shape slotShape = first.shape_, slotStrides = out.strides_;
-    slotStrides.erase(slotStrides.begin() + axis);
-    for (size_t i = 0; i < arrays.size(); ++i) {
-        NdArray slot = out.viewWith(static_cast<int64_t>(i) * out.strides_[axis], slotShape, slotStrides);
-        assign(slot, arrays[i]);
-    }
     return out;
 }
 

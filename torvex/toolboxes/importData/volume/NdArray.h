@@ -69,7 +69,6 @@ public:
     NdArray slice(int axis, int64_t start, int64_t stop, int64_t step = 1) const;
     NdArray index(int64_t i) const; // the sub-array at i of the first axis
     NdArray squeeze(int axis) const; // drops an axis of size 1
-    NdArray expandDims(int axis) const; // inserts an axis of size 1
     // Reads the elements in `order` ('C': last axis fastest, 'F': first axis
     // fastest) into the new shape; a view where strides allow, else a copy.
     NdArray reshape(const Shape& shape, char order = 'C') const;
@@ -83,10 +82,8 @@ public:
     // result picks them from this array's storage, and is gathered into a new
     // array only when something needs its elements laid out in one block.
     NdArray take(const std::vector<int64_t>& indices) const;
-    NdArray unpackBits() const; // uint8 -> eight 0/1 values, most significant bit first
     // Zeros before and after each axis; `widths` has one (before, after) pair per axis.
     NdArray pad(const std::vector<std::pair<int64_t, int64_t>>& widths) const;
-    static NdArray stack(const std::vector<NdArray>& arrays, int axis);
 
     // Element value as double (element given by its byte address in this array).
     double valueAt(const std::byte* element) const;

@@ -35,10 +35,12 @@ constexpr int64_t kAsLong = 100;
 constexpr int64_t kMinHeight = 16;
 // Seams read per frame height; the share of them that must stand out, and of
 // the further seams of a fraction of that height (rows within a frame rarely do).
-constexpr int64_t kSeams = 48;
+constexpr int64_t kSeams = 12;
 constexpr int64_t kSeamRun = 1024;
 constexpr double kSeamsShown = 2.0 / 3;
 constexpr double kFurtherSeamsShown = 1.0 / 3;
+// How much worse than the best a row length's rows may line up and still be tried.
+constexpr double kAlignedMargin = 0.05;
 // Rows compared aside of a frame that changes from one to the next, as a share of its height.
 constexpr int64_t kProfileAside = 8;
 
@@ -93,13 +95,14 @@ std::array<double, 2> dipStrengths(const ElementSampler& sampler, const FrameSha
     return {strength(better[0]), strength(better[1])};
 }
 
-// The shortest of the frames found, then the one with the shortest header.
-std::optional<FrameShape> shortest(std::vector<FrameShape> found)
+// The shortest of the frames found, then, of those longer by at most a
+// `1 / asLong` share, the one with the shortest header.
+std::optional<FrameShape> shortest(std::vector<FrameShape> found, int64_t asLong = kAsLong)
 {
     if (found.empty()) return std::nullopt;
     const auto area = [](const FrameShape& f) { return f.width * f.height; };
     const int64_t least = area(std::ranges::min(found, {}, area));
-    std::erase_if(found, [&](const FrameShape& f) { return area(f) > least + least / kAsLong; });
+    std::erase_if(found, [&](const FrameShape& f) { return area(f) > least + least / asLong; });
     return std::ranges::min(found, {}, &FrameShape::header);
 }
 
@@ -128,14 +131,17 @@ private:
     std::map<int64_t, Steps> _steps;
 };
 
-// The frames found of the row length whose rows line up best: a row length
-// a little off has frames of nearly the same length, which pass too.
-std::vector<FrameShape> bestAligned(std::vector<FrameShape> found, RowStepsByWidth& rowSteps)
+// The tallest fraction of `frame` among `shapes` (the same row length, a
+// height that divides its height) that `passes`, then fractions of that in
+// turn: a frame that fits twice into the true one passes half of its test.
+template <typename Passes>
+FrameShape finest(FrameShape frame, const std::vector<FrameShape>& shapes, Passes passes)
 {
-    if (found.empty()) return found;
-    const int64_t width = std::ranges::min(found, {}, [&](const FrameShape& f) { return rowSteps(f.width).typical(); }).width;
-    std::erase_if(found, [&](const FrameShape& f) { return f.width != width; });
-    return found;
+    for (auto part = shapes.rbegin(); part != shapes.rend(); ++part)
+        if (part->width == frame.width && part->height < frame.height && frame.height % part->height == 0 &&
+            passes(frame, *part))
+            frame = *part; // shapes run by height within a row length: shorter ones follow
+    return frame;
 }
 
 // The shortest frame whose seams mostly stand out, or a fraction of it whose
@@ -144,19 +150,17 @@ std::vector<FrameShape> bestAligned(std::vector<FrameShape> found, RowStepsByWid
 std::optional<FrameShape> seamedFrames(const ElementSampler& sampler, const std::vector<FrameShape>& shapes,
                                        RowStepsByWidth& rowSteps)
 {
-    const auto share = [&](const FrameShape& shape, int64_t skip) {
+    const auto seamsStand = [&](const FrameShape& shape, double share, int64_t skip) {
         return rowSteps(shape.width)
-            .shareStandingOut(shape.header, shape.width * shape.height, seamsOf(shape, sampler.count()), skip);
+            .standAlone(shape.header, shape.width * shape.height, seamsOf(shape, sampler.count()), share, skip);
     };
     std::vector<FrameShape> found;
-    std::ranges::copy_if(shapes, std::back_inserter(found), [&](const FrameShape& f) { return share(f, 0) >= kSeamsShown; });
-    const std::optional<FrameShape> frame = shortest(bestAligned(found, rowSteps));
+    std::ranges::copy_if(shapes, std::back_inserter(found), [&](const FrameShape& f) { return seamsStand(f, kSeamsShown, 0); });
+    const std::optional<FrameShape> frame = shortest(found);
     if (!frame) return std::nullopt;
-    for (const FrameShape& part : shapes)
-        if (part.width == frame->width && part.height < frame->height && frame->height % part.height == 0 &&
-            share(part, frame->height / part.height) >= kFurtherSeamsShown)
-            return part;
-    return frame;
+    return finest(*frame, shapes, [&](const FrameShape& whole, const FrameShape& part) {
+        return seamsStand(part, kFurtherSeamsShown, whole.height / part.height);
+    });
 }
 
 // Frames whose lag matches better than lags `aside(height)` rows off do, by
@@ -184,24 +188,36 @@ std::vector<FrameShape> alikeFrames(const ElementSampler& sampler, const std::ve
 std::optional<FrameShape> findFrames(const ElementSampler& sampler, const std::vector<int64_t>& widths,
                                      int64_t maxHeight, int64_t maxHeader)
 {
+    // Row lengths a little off from the true one give lags of nearly whole
+    // rows that pass for frames; their rows line up clearly worse.
+    RowStepsByWidth rowSteps(sampler);
+    const auto typical = [&](int64_t width) { return rowSteps(width).typical(); };
+    const double best = typical(std::ranges::min(widths, {}, typical));
     // Frames fill the file but for a short header, which leaves few heights per row length.
     std::vector<FrameShape> shapes;
     for (const int64_t width : widths) {
+        if (typical(width) > best * (1 + kAlignedMargin)) continue;
         const int64_t rows = sampler.count() / width;
         for (int64_t height = kMinHeight; height <= std::min(maxHeight, rows / 2); ++height)
             if (const int64_t header = sampler.count() % (width * height); header <= maxHeader)
                 shapes.push_back({width, height, header});
     }
-    // Likeness of neighbouring rows first: it tells a row length a little off from the true one.
-    if (const auto frame = shortest(alikeFrames(sampler, shapes, [](int64_t) { return 1; }))) return frame;
-    // Then seams, which need no likeness between frames.
-    RowStepsByWidth rowSteps(sampler);
+    // Seams first: they need no likeness between frames, and rows alike
+    // throughout a frame leave likeness with nothing to tell.
     if (const auto frame = seamedFrames(sampler, shapes, rowSteps)) return frame;
+    // Then likeness of neighbouring rows. Frames of twice the height pass
+    // more easily (their lag crosses more change), so a fraction of the frame
+    // found is tried without the screen.
+    if (const auto frame = shortest(alikeFrames(sampler, shapes, [](int64_t) { return 1; })))
+        return finest(*frame, shapes, [&](const FrameShape&, const FrameShape& part) {
+            return std::ranges::max(dipStrengths(sampler, part, 1, kPlaces)) >= kSignificant;
+        });
     // Last, frames that change more from one to the next than rows do within
     // one (a scene that moves): they still repeat their profile down the
     // frame, which rows a good part of a frame aside do not.
     const auto partAside = [](int64_t height) { return std::max<int64_t>(2, height / kProfileAside); };
-    return shortest(bestAligned(alikeFrames(sampler, shapes, partAside, true), rowSteps));
+    // Profiles a few rows off pass as well.
+    return shortest(alikeFrames(sampler, shapes, partAside, true), kProfileAside);
 }
 
 } // namespace torvex

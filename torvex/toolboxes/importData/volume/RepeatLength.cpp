@@ -111,18 +111,20 @@ std::optional<int64_t> seamedRowLength(const ElementSampler& sampler, int64_t ma
 {
     const Steps steps(sampler, 1, 1);
     const int64_t count = sampler.count();
-    const auto share = [&](int64_t width, int64_t first, int64_t skip) {
+    const auto seamsStand = [&](int64_t width, int64_t first, double share, int64_t skip) {
         std::vector<int64_t> rows;
         for (int64_t place = 0; place < kSeamPlaces; ++place)
             for (int64_t row = 0; row < kSeamRows; ++row)
                 rows.push_back(count / width * (2 * place + 1) / (2 * kSeamPlaces) + row);
-        return steps.shareStandingOut(first, width, rows, skip);
+        return steps.standAlone(first, width, rows, share, skip);
     };
     for (int64_t width = kLeastSeamedWidth; width <= maxWidth; ++width) {
         const int64_t first = count % width;
-        if (share(width, first, 0) < kSeamsShown) continue;
-        for (int64_t parts = width / kLeastSeamedWidth; parts >= 2; --parts)
-            if (width % parts == 0 && share(width / parts, first, parts) >= kFurtherSeamsShown) return width / parts;
+        if (!seamsStand(width, first, kSeamsShown, 0)) continue;
+        // The longest fraction first, then fractions of it in turn: a length
+        // that fits twice into the true one has half its further seams true.
+        for (int64_t parts = 2; parts <= width / kLeastSeamedWidth; ++parts)
+            if (width % parts == 0 && seamsStand(width / parts, first, kFurtherSeamsShown, parts)) width /= parts, parts = 1;
         return width;
     }
     return std::nullopt;
@@ -166,8 +168,9 @@ std::vector<int64_t> rowLengths(const ElementSampler& sampler, int64_t maxWidth)
     // Seams where a row's end differs from its start; the valley where rows
     // are alike, among them scenes symmetric about their middle, whose seams
     // show only here and there and may pass at a few rows' length.
-    const bool fewRows = seamed && !valley.empty() && valley.front() >= kLeastValleyUnderSeams &&
-                         *seamed % valley.front() == 0 && *seamed / valley.front() >= kFewestRowsUnderSeams;
+    const bool fewRows = seamed && std::ranges::any_of(valley, [&](int64_t length) {
+        return length >= kLeastValleyUnderSeams && *seamed % length == 0 && *seamed / length >= kFewestRowsUnderSeams;
+    });
     return seamed && !fewRows ? std::vector{*seamed} : valley;
 }
 

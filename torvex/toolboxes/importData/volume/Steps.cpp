@@ -17,8 +17,6 @@ constexpr double kStandsOut = 4;
 // itself, and of one level for integers, keeps rounding from making every
 // larger step stand out.
 constexpr double kLeastSpread = 0.05;
-// Places looked at before giving up on a period none of which stand out.
-constexpr size_t kFirstPlaces = 6;
 
 double median(std::vector<double> values)
 {
@@ -62,15 +60,16 @@ bool Steps::standsOut(int64_t element) const
     return stepAt(element) > _typical + kStandsOut * _spread;
 }
 
-double Steps::shareStandingOut(int64_t first, int64_t period, const std::vector<int64_t>& ks, int64_t skip) const
+bool Steps::standAlone(int64_t first, int64_t period, const std::vector<int64_t>& ks, double share, int64_t skip) const
 {
-    size_t looked = 0, standing = 0;
-    for (const int64_t k : ks) {
-        if (skip && k % skip == 0) continue;
-        standing += standsOut(first + k * period);
-        if (++looked == kFirstPlaces && standing == 0) break;
-    }
-    return looked ? static_cast<double>(standing) / static_cast<double>(looked) : 0;
+    std::vector<int64_t> places;
+    for (const int64_t k : ks)
+        if (!skip || k % skip) places.push_back(first + k * period);
+    const auto needed = static_cast<size_t>(std::ceil(share * static_cast<double>(places.size())));
+    size_t standing = 0;
+    for (size_t i = 0; i < places.size() && standing < needed && standing + places.size() - i >= needed; ++i)
+        standing += standsOut(places[i]) && !standsOut(places[i] - _lag) && !standsOut(places[i] + _lag);
+    return !places.empty() && standing >= needed;
 }
 
 } // namespace torvex

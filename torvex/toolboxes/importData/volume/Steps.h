@@ -24,10 +24,12 @@ public:
     // them far beyond what values that far apart usually do.
     bool standsOut(int64_t element) const;
 
-    // The share of the places `first + k * period`, for the given k but every
-    // `skip`th (none for 0), that stand out. Most periods show none: it stops
-    // when the first few do not.
-    double shareStandingOut(int64_t first, int64_t period, const std::vector<int64_t>& ks, int64_t skip = 0) const;
+    // Whether at least `share` of the places `first + k * period`, for the
+    // given k but every `skip`th (none for 0), stand out alone: not the lags
+    // before and after them, as they do where a run of values straddles a
+    // seam nearby. It stops reading as soon as the count decides, since each
+    // place far from the others costs a read of the file.
+    bool standAlone(int64_t first, int64_t period, const std::vector<int64_t>& ks, double share, int64_t skip = 0) const;
 
 private:
     double stepAt(int64_t element) const;

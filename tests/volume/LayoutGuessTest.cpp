@@ -10,7 +10,8 @@ namespace {
 
 // Frames of a gradient with a bump that drifts from frame to frame under
 // strong per-pixel noise, or (names starting with "r") plain ramps across
-// rows, columns and frames under light noise, as NumPy writes them
+// rows, columns and frames under light noise, or (names starting with "k")
+// slices of a disc whose seams show nothing, as NumPy writes them
 // (astype(...).tofile), behind a header.
 constexpr const char* kWriteFiles = R"(
 import sys, numpy as np
@@ -21,6 +22,9 @@ for entry in sys.argv[2:]:
     v = 1000 + 800 * np.exp(-(((x - w / 2 - 20 * np.sin(z / 5)) / (w / 4)) ** 2 + ((y - h / 2) / (h / 5)) ** 2)) \
         + 3 * y + rng.normal(0, 40, (d, h, w))
     if name[0] == 'r': v = 1000 - 1.5 * x + 2 * y + 30 * z + rng.normal(0, 10, (d, h, w))
+    if name[0] == 'k':  # a disc with rings and a moving spot, on a flat background
+        r = np.hypot(x - w / 2, y - h / 2) / (min(w, h) / 2)
+        v = 1000 + np.where(r < 0.85 - 0.1 * z / d, 1000 + 200 * np.cos(12 * r) + 300 * np.exp(-((x - w / 3 - z) ** 2 + (y - h / 2) ** 2) / 400), 0) + rng.normal(0, 20, (d, h, w))
     t = np.dtype(dt)
     v = (v - v.min()) / (v.max() - v.min()) * 255 if t.itemsize == 1 else v - 1000 if t.kind == 'i' else v
     with open(sys.argv[1] + '/' + name, 'wb') as out:
@@ -55,6 +59,8 @@ TEST(LayoutGuess, FindsTypeOrderAndSizesInDataAndNamesWin)
         {"r2:u1:300:300:20:64", "8-bit, 300 x 300 x 20 after 64 header bytes, little"},
         {"r3:>i4:640:400:5:0", "32-bit Signed, 640 x 400 x 5, big"}, // crossing zero: not two 16-bit halves
         {"r4:<f4:384:256:9:32", "32-bit Real, 384 x 256 x 9 after 32 header bytes, little"},
+        {"k1:<i2:300:300:24:0", "16-bit Signed, 300 x 300 x 24, little"},
+        {"k2:>u2:400:400:10:256", "16-bit Unsigned, 400 x 400 x 10 after 256 header bytes, big"},
     };
     QTemporaryDir dir;
     QStringList entries;

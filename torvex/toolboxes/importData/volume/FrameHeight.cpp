@@ -86,8 +86,8 @@ std::array<double, 2> dipStrengths(const ElementSampler& sampler, const FrameSha
         const std::array<double, 2> atFrame = distances(base, stretchMeans(sampler, start + lag, run));
         for (int side = 0; side < 2; ++side) {
             const int64_t neighbour = start + lag + (side ? aside : -aside) * width;
-            const std::array<double, 2> aside = distances(base, stretchMeans(sampler, neighbour, run));
-            for (int shape = 0; shape < 2; ++shape) better[shape][side] += aside[shape] > atFrame[shape];
+            const std::array<double, 2> off = distances(base, stretchMeans(sampler, neighbour, run));
+            for (int shape = 0; shape < 2; ++shape) better[shape][side] += off[shape] > atFrame[shape];
         }
     }
     const auto n = static_cast<double>(starts.size());
@@ -95,15 +95,35 @@ std::array<double, 2> dipStrengths(const ElementSampler& sampler, const FrameSha
     return {strength(better[0]), strength(better[1])};
 }
 
-// The shortest of the frames found, then, of those longer by at most a
-// `1 / asLong` share, the one with the shortest header.
-std::optional<FrameShape> shortest(std::vector<FrameShape> found, int64_t asLong = kAsLong)
+// The frames found that are longer than the shortest by at most a `1 / asLong` share.
+std::vector<FrameShape> aboutShortest(std::vector<FrameShape> found, int64_t asLong)
 {
-    if (found.empty()) return std::nullopt;
+    if (found.empty()) return found;
     const auto area = [](const FrameShape& f) { return f.width * f.height; };
     const int64_t least = area(std::ranges::min(found, {}, area));
     std::erase_if(found, [&](const FrameShape& f) { return area(f) > least + least / asLong; });
+    return found;
+}
+
+// The shortest of the frames found, then of those about as long the one with the shortest header.
+std::optional<FrameShape> shortest(std::vector<FrameShape> found)
+{
+    found = aboutShortest(std::move(found), kAsLong);
+    if (found.empty()) return std::nullopt;
     return std::ranges::min(found, {}, &FrameShape::header);
+}
+
+// The median distance by level of runs a frame apart: least at the true
+// frame among frames a few rows longer or shorter.
+double lagDistance(const ElementSampler& sampler, const FrameShape& shape)
+{
+    const int64_t lag = shape.width * shape.height;
+    const int64_t run = std::min(kRun, shape.width * 4) / kStretch * kStretch;
+    std::vector<double> levels;
+    for (const int64_t start : sampleStarts(sampler.count() - lag - run, kPlaces, kPlaceStep))
+        levels.push_back(distances(stretchMeans(sampler, start, run), stretchMeans(sampler, start + lag, run))[0]);
+    std::ranges::nth_element(levels, levels.begin() + static_cast<std::ptrdiff_t>(levels.size() / 2));
+    return levels[levels.size() / 2];
 }
 
 // Frames' seams to look at: up to `kSeams` of them, spread over the file.
@@ -216,8 +236,12 @@ std::optional<FrameShape> findFrames(const ElementSampler& sampler, const std::v
     // one (a scene that moves): they still repeat their profile down the
     // frame, which rows a good part of a frame aside do not.
     const auto partAside = [](int64_t height) { return std::max<int64_t>(2, height / kProfileAside); };
-    // Profiles a few rows off pass as well.
-    return shortest(alikeFrames(sampler, shapes, partAside, true), kProfileAside);
+    // Profiles a few rows off pass as well; the lag of the true frame matches best.
+    const std::vector<FrameShape> found = aboutShortest(alikeFrames(sampler, shapes, partAside, true), kProfileAside);
+    if (found.empty()) return std::nullopt;
+    std::vector<double> distance;
+    for (const FrameShape& shape : found) distance.push_back(lagDistance(sampler, shape));
+    return found[static_cast<size_t>(std::ranges::min_element(distance) - distance.begin())];
 }
 
 } // namespace torvex

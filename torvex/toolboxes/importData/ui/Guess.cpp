@@ -2,6 +2,7 @@
 // name, size and data suggest, then decoded once, as after a hand edit.
 #include "toolboxes/importData/ui/ImportData.h"
 
+#include "toolboxes/importData/ui/BusyCursor.h"
 #include "toolboxes/importData/volume/LayoutGuess.h"
 
 #include <QSignalBlocker>
@@ -16,7 +17,10 @@ void ImportData::onGuessLayout()
         ui->statusbar->showMessage("Cannot guess: no raw file is open", 5000);
         return;
     }
-    const LayoutGuess guess = guessLayout(_current_file_path.value_or(QString()), QByteArrayView(*readedBinary));
+    const LayoutGuess guess = [&] {
+        const BusyCursor busy; // a tenth of a second or so on a large file, whose samples it reads
+        return guessLayout(_current_file_path.value_or(QString()), QByteArrayView(*readedBinary));
+    }();
     if (!guess.layout) {
         ui->statusbar->showMessage("Cannot guess: " + guess.reason, 5000);
         return;

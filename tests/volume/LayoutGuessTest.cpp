@@ -61,6 +61,7 @@ TEST(LayoutGuess, FindsTypeOrderAndSizesInDataAndNamesWin)
         {"r4:<f4:384:256:9:32", "32-bit Real, 384 x 256 x 9 after 32 header bytes, little"},
         {"k1:<i2:300:300:24:0", "16-bit Signed, 300 x 300 x 24, little"},
         {"k2:>u2:400:400:10:256", "16-bit Unsigned, 400 x 400 x 10 after 256 header bytes, big"},
+        {"r5:<u2:200:300:1:1000", "16-bit Unsigned, 200 x 300 x 1 after 1000 header bytes, little"}, // rows of header
     };
     QTemporaryDir dir;
     QStringList entries;
@@ -73,6 +74,22 @@ TEST(LayoutGuess, FindsTypeOrderAndSizesInDataAndNamesWin)
                   QString("Guessed %1 endian, from %2").arg(c.guessed, c.from))
             << c.file;
     }
+}
+
+TEST(LayoutGuess, SurvivesARowValleyWithAFlatBottom)
+{
+    // A noise-free ramp nearly straight down the rows, in the float steps of
+    // numbers near a million, stored as doubles: the fit through its row
+    // valley once bottomed out at a negative row length.
+    const float turn = 1.5163674f, top = 3 * (std::cos(turn) + std::sin(turn));
+    QByteArray bytes;
+    for (int y = 0; y < 64; ++y)
+        for (int x = 0; x < 96; ++x) {
+            const double value = 1e6f + 3 * (std::cos(turn) * static_cast<float>(x) / 95 +
+                                             std::sin(turn) * static_cast<float>(y) / 63) / top;
+            bytes.append(reinterpret_cast<const char*>(&value), sizeof value);
+        }
+    EXPECT_NO_THROW(guessLayout("ramp.raw", bytes));
 }
 
 TEST(LayoutGuess, GivesAReasonForFilesWithoutALayout)

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <utility>
 
 namespace torvex {
 
@@ -27,6 +28,7 @@ struct Score {
     double step = NAN;      // mean difference of neighbours
     double roughness = NAN; // step over the mean difference of unrelated values
     bool alternating = false;
+    double spread = 0; // largest value less smallest
     bool plausible = true;
 };
 
@@ -67,6 +69,11 @@ Score score(const ElementSampler& sampler)
         }
     }
     s.plausible = implausible * 100 <= kBlocks * length; // a masked value here and there is fine
+    double low = INFINITY, high = -INFINITY;
+    for (const std::vector<double>& block : blocks)
+        for (const double v : block)
+            if (std::isfinite(v)) low = std::min(low, v), high = std::max(high, v);
+    s.spread = high - low;
     s.step = neighbourPairs ? neighbours / static_cast<double>(neighbourPairs) : NAN;
     for (size_t p = 0; p < closerApart.size() && (s.reading.size() << (p + 1)) <= 8; ++p)
         s.alternating = s.alternating || static_cast<double>(closerApart[p]) > kAlternating * static_cast<double>(unequalApart[p]);
@@ -81,7 +88,7 @@ Score score(const ElementSampler& sampler)
 // Within it, a float where floats read sensibly and smoothly: integers read
 // from floats that cross zero wrap, which hides their roughness. Then, as
 // these read the same bytes on one scale, the smallest steps, so that values
-// do not wrap at a sign or a byte boundary, and unsigned where signed steps no smaller.
+// do not wrap at a sign or a byte boundary.
 ElementReading plainest(std::vector<Score> scores)
 {
     if (!std::ranges::all_of(scores, &Score::alternating)) std::erase_if(scores, &Score::alternating);
@@ -97,7 +104,13 @@ ElementReading plainest(std::vector<Score> scores)
         std::erase_if(scores, [](const Score& s) { return !isFloat(s.reading.dtype); });
     const double best = std::ranges::min_element(scores, {}, &Score::step)->step;
     std::erase_if(scores, [&](const Score& s) { return s.step > best * kTie; });
-    return std::ranges::min_element(scores, {}, [](const Score& s) { return isSigned(s.reading.dtype); })->reading;
+    // Negative numbers read unsigned sit at the top of the range, far from the
+    // rest: signed where that reads the values much closer together (whole
+    // frames of negatives cross zero too seldom to show in the steps), else unsigned.
+    const double least = std::ranges::min_element(scores, {}, &Score::spread)->spread;
+    return std::ranges::min_element(scores, {}, [&](const Score& s) {
+               return std::pair(s.spread > 2 * least, isSigned(s.reading.dtype));
+           })->reading;
 }
 
 } // namespace

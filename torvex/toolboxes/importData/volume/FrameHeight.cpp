@@ -31,6 +31,12 @@ constexpr double kScreenPasses = 1;
 // one that leaves the shortest header.
 constexpr double kSignificant = 5;
 constexpr int64_t kAsLong = 100;
+// A side matches worse only by more than this share of the frame's
+// distance, a millionth of its distance by level, and for integers a
+// 64th of a level squared (the rounding of a stretch mean).
+constexpr double kClearlyBetter = 1.05;
+constexpr double kRoundingShare = 1e-6;
+constexpr double kLevelSquared = 1.0 / 64;
 // A lag of a few rows dips under a row length a little off; frames are taller.
 constexpr int64_t kMinHeight = 16;
 // Seams read per frame height; the share of them that must stand out, and of
@@ -79,6 +85,11 @@ std::array<double, 2> dipStrengths(const ElementSampler& sampler, const FrameSha
     const int64_t run = std::min(kRun, width * 4) / kStretch * kStretch;
     const int64_t lastStart = sampler.count() - lag - aside * width - run;
     if (run == 0 || lastStart < 0) return {NAN, NAN};
+    // Noise-free data repeat their rounding in patterns that a sign test
+    // reads as a dip: differences within rounding are ties.
+    const DType dtype = sampler.reading().dtype;
+    const bool integer = dtype != DType::Float16 && dtype != DType::Float32 && dtype != DType::Float64;
+    const auto margin = [&](double level) { return kRoundingShare * level + (integer ? kLevelSquared : 0); };
     int better[2][2] = {}; // [by shape][side]
     const std::vector<int64_t> starts = sampleStarts(lastStart, places, kPlaceStep);
     for (const int64_t start : starts) {
@@ -87,7 +98,8 @@ std::array<double, 2> dipStrengths(const ElementSampler& sampler, const FrameSha
         for (int side = 0; side < 2; ++side) {
             const int64_t neighbour = start + lag + (side ? aside : -aside) * width;
             const std::array<double, 2> off = distances(base, stretchMeans(sampler, neighbour, run));
-            for (int shape = 0; shape < 2; ++shape) better[shape][side] += off[shape] > atFrame[shape];
+            for (int shape = 0; shape < 2; ++shape)
+                better[shape][side] += off[shape] > atFrame[shape] * kClearlyBetter + margin(off[0]);
         }
     }
     const auto n = static_cast<double>(starts.size());
@@ -151,15 +163,15 @@ private:
     std::map<int64_t, Steps> _steps;
 };
 
-// The tallest fraction of `frame` among `shapes` (the same row length, a
-// height that divides its height) that `passes`, then fractions of that in
+// The tallest fraction of `frame` among `shapes` (the same row length and
+// header, a height that divides its height) that `passes`, then fractions of that in
 // turn: a frame that fits twice into the true one passes half of its test.
 template <typename Passes>
 FrameShape finest(FrameShape frame, const std::vector<FrameShape>& shapes, Passes passes)
 {
     for (auto part = shapes.rbegin(); part != shapes.rend(); ++part)
-        if (part->width == frame.width && part->height < frame.height && frame.height % part->height == 0 &&
-            passes(frame, *part))
+        if (part->width == frame.width && part->header == frame.header && part->height < frame.height &&
+            frame.height % part->height == 0 && passes(frame, *part))
             frame = *part; // shapes run by height within a row length: shorter ones follow
     return frame;
 }

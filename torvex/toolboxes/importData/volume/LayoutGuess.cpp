@@ -5,6 +5,7 @@
 #include "ImageTypes.h"
 #include "NameHints.h"
 #include "RepeatLength.h"
+#include "Steps.h"
 
 #include <QStringList>
 
@@ -21,6 +22,8 @@ constexpr int64_t kMaxWidth = 16384;
 constexpr int64_t kMaxHeight = 8192;
 // Frames fill a file but for a short header, which bounds the frame heights to try.
 constexpr int64_t kMaxHeaderBytes = 4096;
+// Values compared per row when looking for a header's rows.
+constexpr int64_t kRowRun = 1024;
 
 // Float16 is left to names: 16-bit integers often read as plausible half floats too.
 const std::vector<DType> kDataTypes{DType::UInt8,  DType::UInt16,  DType::Int16,  DType::UInt32,
@@ -58,6 +61,18 @@ std::vector<DType> fittingTypes(const NameHints& hints, int64_t fileBytes)
 }
 
 LayoutGuess nothing(const QString& reason) { return {std::nullopt, reason}; }
+
+// Rows at the start of a single frame that belong to a header: up to the
+// last of them, within `maxHeader` values, that stands out from the row after
+// it (random bytes, or zeros before the data). Rows start at `first`.
+int64_t headerRows(const ElementSampler& sampler, int64_t width, int64_t first, int64_t maxHeader)
+{
+    const Steps steps(sampler, width, std::min(kRowRun, width));
+    int64_t rows = 0;
+    for (int64_t row = 1; first + row * width <= maxHeader; ++row)
+        if (steps.standsOut(first + row * width)) rows = row;
+    return rows;
+}
 
 } // namespace
 
@@ -136,7 +151,7 @@ LayoutGuess guessLayout(const QString& fileName, QByteArrayView bytes)
         g.height = shape->height;
         g.fromData = true;
     } else {
-        g.height = count / g.width; // one frame
+        g.height = count / g.width - headerRows(sampler, g.width, count % g.width, kMaxHeaderBytes / reading.size());
         g.fromSize = true;
     }
     const int64_t frameBytes = product(product(g.width, g.height), reading.size());

@@ -104,6 +104,15 @@ std::optional<double> parabolaBottom(const std::vector<double>& x, const std::ve
     return -b / (2 * a);
 }
 
+// Rows whose seams are looked at: runs of consecutive rows at a few places.
+std::vector<int64_t> seamRows(int64_t count, int64_t width)
+{
+    std::vector<int64_t> rows;
+    for (int64_t place = 0; place < kSeamPlaces; ++place)
+        for (int64_t row = 0; row < kSeamRows; ++row) rows.push_back(count / width * (2 * place + 1) / (2 * kSeamPlaces) + row);
+    return rows;
+}
+
 // The shortest row length at which a row's first value mostly stands out from
 // the last of the row before (rows end with the file), or a fraction of it
 // whose further seams stand out far more often than values within a row do.
@@ -112,11 +121,7 @@ std::optional<int64_t> seamedRowLength(const ElementSampler& sampler, int64_t ma
     const Steps steps(sampler, 1, 1);
     const int64_t count = sampler.count();
     const auto seamsStand = [&](int64_t width, int64_t first, double share, int64_t skip) {
-        std::vector<int64_t> rows;
-        for (int64_t place = 0; place < kSeamPlaces; ++place)
-            for (int64_t row = 0; row < kSeamRows; ++row)
-                rows.push_back(count / width * (2 * place + 1) / (2 * kSeamPlaces) + row);
-        return steps.standAlone(first, width, rows, share, skip);
+        return steps.standAlone(first, width, seamRows(count, width), share, skip);
     };
     for (int64_t width = kLeastSeamedWidth; width <= maxWidth; ++width) {
         const int64_t first = count % width;
@@ -146,10 +151,14 @@ std::vector<int64_t> valleyLengths(const ElementSampler& sampler, int64_t maxStr
         if (msd[i] <= low + (high - low) / 3)
             x.push_back(static_cast<double>(valley[i] - lowest)), y.push_back(msd[i] / std::max(high, 1.0));
     int64_t bottom = lowest;
-    if (const std::optional<double> b = parabolaBottom(x, y); b && std::fabs(*b) < static_cast<double>(valley.size()))
-        bottom = lowest + std::llround(*b);
+    if (const std::optional<double> b = parabolaBottom(x, y))
+        // A flat fit may bottom out anywhere: within the valley, or its lowest point.
+        if (const double at = static_cast<double>(lowest) + *b; at >= static_cast<double>(valley.front()) &&
+                                                                   at <= static_cast<double>(valley.back()))
+            bottom = std::llround(at);
     // Slopes across the image tilt the parabola, more so the wider the valley.
-    const int64_t aside = std::clamp<int64_t>(static_cast<int64_t>(valley.size()) / kAsideShare, 1, std::min(bottom / kAsideShare, kMostAside));
+    const int64_t aside = std::max<int64_t>(
+        1, std::min({static_cast<int64_t>(valley.size()) / kAsideShare, bottom / kAsideShare, kMostAside}));
     std::vector<int64_t> lengths{bottom};
     for (int64_t step = 1; step <= aside; ++step)
         for (const int64_t length : {bottom - step, bottom + step})

@@ -14,7 +14,7 @@ constexpr int64_t kPlaceStep = 4099;
 // of a noisy gradient stay within a few.
 constexpr double kStandsOut = 4;
 // Noise-free data has steps all alike: a spread of a small share of the step
-// itself, and of one level for integers, keeps rounding from making every
+// itself, and of half a level for integers, keeps rounding from making every
 // larger step stand out.
 constexpr double kLeastSpread = 0.05;
 
@@ -38,7 +38,7 @@ Steps::Steps(const ElementSampler& sampler, int64_t lag, int64_t run) : _sampler
     _typical = median(steps);
     for (double& step : steps) step = std::fabs(step - _typical);
     const DType dtype = sampler.reading().dtype;
-    const double level = dtype == DType::Float16 || dtype == DType::Float32 || dtype == DType::Float64 ? 1e-12 : 1;
+    const double level = dtype == DType::Float16 || dtype == DType::Float32 || dtype == DType::Float64 ? 1e-12 : 0.5;
     _spread = std::max({median(steps), kLeastSpread * _typical, level});
 }
 

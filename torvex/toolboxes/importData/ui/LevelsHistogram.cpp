@@ -19,11 +19,6 @@ constexpr int bins = 256;
 constexpr int stripHeight = 40;
 const QColor handleColor(0, 120, 212);
 
-bool isIntegral(DType dtype)
-{
-    return dtype != DType::Float16 && dtype != DType::Float32 && dtype != DType::Float64;
-}
-
 } // namespace
 
 LevelsHistogram::LevelsHistogram(PreviewImageItem* item, const QColor& background, const QColor& text,
@@ -60,7 +55,7 @@ LevelsHistogram::LevelsHistogram(PreviewImageItem* item, const QColor& backgroun
 void LevelsHistogram::onFrameShown(const NdArray& frame, std::optional<ValueRange> values)
 {
     values_ = values;
-    integral_ = isIntegral(frame.dtype());
+    integral_ = !isFloating(frame.dtype());
     auto_->setChecked(!item_->levels());
     // A view of the frame: it holds the stack only until it is counted. An
     // integer frame of a narrow range gets a bin per value, [v, v + 1), and no

@@ -16,6 +16,10 @@ enum class DType { UInt8, Int16, UInt16, Int32, UInt32, Float16, Float32, Float6
 enum class ByteOrder { Native, Little, Big };
 
 int itemSize(DType dtype) noexcept;
+constexpr bool isFloating(DType dtype) noexcept
+{
+    return dtype == DType::Float16 || dtype == DType::Float32 || dtype == DType::Float64;
+}
 // NumPy's name of the type: "uint8", "float16", ...
 std::string dtypeName(DType dtype);
 

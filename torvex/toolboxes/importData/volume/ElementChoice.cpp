@@ -32,7 +32,6 @@ struct Score {
     bool plausible = true;
 };
 
-bool isFloat(DType dtype) { return dtype == DType::Float16 || dtype == DType::Float32 || dtype == DType::Float64; }
 bool isSigned(DType dtype) { return dtype == DType::Int16 || dtype == DType::Int32; }
 
 // Floats read from bytes of another kind come out tiny, huge or not numbers at all.
@@ -54,7 +53,7 @@ Score score(const ElementSampler& sampler)
         const std::vector<double>& other = blocks[(k + kBlocks / 2 + 3) % kBlocks];
         const std::vector<double>& block = blocks[k];
         for (int64_t i = 0; i < length; ++i) {
-            if (isFloat(s.reading.dtype) && !plausibleFloat(block[i])) ++implausible;
+            if (isFloating(s.reading.dtype) && !plausibleFloat(block[i])) ++implausible;
             const double far = std::fabs(block[i] - other[length - 1 - i]);
             if (std::isfinite(far)) unrelated += far, ++unrelatedPairs;
             if (i + 1 == length) continue;
@@ -100,8 +99,8 @@ ElementReading plainest(std::vector<Score> scores)
     // Smooth enough to be data, a near reading of that size among them.
     const double smooth = std::max(kNoiseRoughness, smoothest * kNearSmoothest);
     std::erase_if(scores, [&](const Score& s) { return size(s) != smallest || s.roughness > smooth; });
-    if (std::ranges::any_of(scores, [](const Score& s) { return isFloat(s.reading.dtype); }))
-        std::erase_if(scores, [](const Score& s) { return !isFloat(s.reading.dtype); });
+    if (std::ranges::any_of(scores, [](const Score& s) { return isFloating(s.reading.dtype); }))
+        std::erase_if(scores, [](const Score& s) { return !isFloating(s.reading.dtype); });
     const double best = std::ranges::min_element(scores, {}, &Score::step)->step;
     std::erase_if(scores, [&](const Score& s) { return s.step > best * kTie; });
     // Negative numbers read unsigned sit at the top of the range, far from the

@@ -21,6 +21,13 @@ void ElementSampler::decode(int64_t first, int64_t n, double* out) const
     });
 }
 
+double median(std::vector<double> values)
+{
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::ranges::nth_element(values, middle);
+    return *middle;
+}
+
 std::vector<int64_t> sampleStarts(int64_t lastStart, int n, int64_t maxStep)
 {
     constexpr int kGroups = 8;

@@ -46,6 +46,9 @@ private:
     int64_t _count;
 };
 
+// The middle of some values (the upper one of an even count); they must not be empty.
+double median(std::vector<double> values);
+
 // Where to start `n` samples of a file whose last possible start is
 // `lastStart`: in eight groups, one in each eighth of the file, at a place
 // within it that does not repeat with a frame count (and not at the file's

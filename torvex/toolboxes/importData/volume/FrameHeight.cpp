@@ -87,8 +87,7 @@ std::array<double, 2> dipStrengths(const ElementSampler& sampler, const FrameSha
     if (run == 0 || lastStart < 0) return {NAN, NAN};
     // Noise-free data repeat their rounding in patterns that a sign test
     // reads as a dip: differences within rounding are ties.
-    const DType dtype = sampler.reading().dtype;
-    const bool integer = dtype != DType::Float16 && dtype != DType::Float32 && dtype != DType::Float64;
+    const bool integer = !isFloating(sampler.reading().dtype);
     const auto margin = [&](double level) { return kRoundingShare * level + (integer ? kLevelSquared : 0); };
     int better[2][2] = {}; // [by shape][side]
     const std::vector<int64_t> starts = sampleStarts(lastStart, places, kPlaceStep);
@@ -134,8 +133,7 @@ double lagDistance(const ElementSampler& sampler, const FrameShape& shape)
     std::vector<double> levels;
     for (const int64_t start : sampleStarts(sampler.count() - lag - run, kPlaces, kPlaceStep))
         levels.push_back(distances(stretchMeans(sampler, start, run), stretchMeans(sampler, start + lag, run))[0]);
-    std::ranges::nth_element(levels, levels.begin() + static_cast<std::ptrdiff_t>(levels.size() / 2));
-    return levels[levels.size() / 2];
+    return median(std::move(levels));
 }
 
 // Frames' seams to look at: up to `kSeams` of them, spread over the file.

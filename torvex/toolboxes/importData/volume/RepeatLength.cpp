@@ -65,20 +65,19 @@ std::vector<int64_t> firstValley(const ElementSampler& sampler, int64_t maxStrid
     std::vector<int64_t> strides;
     for (int64_t s = 2; s <= maxStride; ++s) strides.push_back(s);
     const std::vector<double> d = strideDifferences(sampler, strides, kStarts, kRun, false);
-    std::vector<double> sorted;
-    std::ranges::copy_if(d, std::back_inserter(sorted), [](double v) { return std::isfinite(v); });
-    if (sorted.empty()) return {};
-    std::ranges::nth_element(sorted, sorted.begin() + sorted.size() / 2);
-    const double median = sorted[sorted.size() / 2];
+    std::vector<double> finite;
+    std::ranges::copy_if(d, std::back_inserter(finite), [](double v) { return std::isfinite(v); });
+    if (finite.empty()) return {};
+    const double middle = median(std::move(finite));
 
     double peak = 0;
     for (size_t i = 0; i < d.size(); ++i) {
-        if (!(d[i] <= kBelowMedian * median && d[i] <= kBelowPeak * peak)) {
+        if (!(d[i] <= kBelowMedian * middle && d[i] <= kBelowPeak * peak)) {
             if (std::isfinite(d[i])) peak = std::max(peak, d[i]);
             continue;
         }
         std::vector<int64_t> valley;
-        for (; i < d.size() && d[i] <= kValleyEnd * median; ++i) valley.push_back(strides[i]);
+        for (; i < d.size() && d[i] <= kValleyEnd * middle; ++i) valley.push_back(strides[i]);
         if (i < d.size()) return valley; // closed, so its lowest point shows
     }
     return {};

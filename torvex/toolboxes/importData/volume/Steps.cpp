@@ -18,13 +18,6 @@ constexpr double kStandsOut = 4;
 // larger step stand out.
 constexpr double kLeastSpread = 0.05;
 
-double median(std::vector<double> values)
-{
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::ranges::nth_element(values, middle);
-    return *middle;
-}
-
 } // namespace
 
 Steps::Steps(const ElementSampler& sampler, int64_t lag, int64_t run) : _sampler(sampler), _lag(lag), _run(run)
@@ -37,8 +30,7 @@ Steps::Steps(const ElementSampler& sampler, int64_t lag, int64_t run) : _sampler
     if (steps.empty()) return;
     _typical = median(steps);
     for (double& step : steps) step = std::fabs(step - _typical);
-    const DType dtype = sampler.reading().dtype;
-    const double level = dtype == DType::Float16 || dtype == DType::Float32 || dtype == DType::Float64 ? 1e-12 : 0.5;
+    const double level = isFloating(sampler.reading().dtype) ? 1e-12 : 0.5;
     _spread = std::max({median(steps), kLeastSpread * _typical, level});
 }
 

@@ -1,4 +1,5 @@
-# The two commands a fresh machine needs: `make run` and `make test`.
+# The two commands a fresh machine needs: `make run` and `make test` (make.sh
+# installs make itself first, for a machine that has none).
 BUILD_DIR     ?= build
 SANITIZED_DIR ?= build-sanitized
 THREADS_DIR   ?= build-threads

@@ -65,14 +65,21 @@ void PythonConsole::submit(const QString& statement)
     manager_->start(statement);
 }
 
-void PythonConsole::runScript(const QString& path)
+QString PythonConsole::runScript(const QString& path)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) return append("Cannot read the script " + path + ": " + file.errorString() + "\n");
-    append("# script " + path + "\n");
-    if (!manager_->start(QString::fromUtf8(file.readAll()), path, false))
-        append("The script did not run: " + (manager_->unavailableReason().isEmpty() ? "a statement is running"
-                                                                                    : manager_->unavailableReason()) + "\n");
+    QString failure;
+    if (!file.open(QIODevice::ReadOnly)) {
+        failure = "Cannot read the script " + path + ": " + file.errorString();
+    } else {
+        append("# script " + path + "\n");
+        if (!manager_->start(QString::fromUtf8(file.readAll()), path, false))
+            failure = "The script did not run: " + (manager_->unavailableReason().isEmpty()
+                                                         ? "a statement is running"
+                                                         : manager_->unavailableReason());
+    }
+    if (!failure.isEmpty()) append(failure + "\n");
+    return failure;
 }
 
 void PythonConsole::append(const QString& text)

@@ -13,6 +13,7 @@
 
 #include <QElapsedTimer>
 #include <QPlainTextEdit>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
 #include <QTableWidget>
@@ -135,4 +136,38 @@ TEST(PythonWorkspace, TheConsoleRunsLongStatementsThatStopOnRequestOrWhenTheWind
     closing.start();
     host.reset();
     EXPECT_LT(closing.elapsed(), 3000);
+}
+
+TEST(PythonWorkspace, TheConsoleFollowsItsNewestOutputUnlessScrolledUp)
+{
+    HostWindow host;
+    host.resize(900, 500);
+    host.show();
+    PythonConsole* console = host.pythonConsole();
+    QPlainTextEdit* pane = console->outputPane();
+    QScrollBar* bar = pane->verticalScrollBar();
+    // Whether the end of the last line printed shows in the pane.
+    const auto newestInView = [pane] {
+        QTextCursor end(pane->document());
+        end.movePosition(QTextCursor::End);
+        end.movePosition(QTextCursor::PreviousCharacter); // before the final newline
+        return pane->viewport()->rect().contains(pane->cursorRect(end));
+    };
+    for (const QString& statement : {"for i in range(300): print('line', i)", "print('w' * 4000 + ' last')",
+                                     "for i in range(5): print('tail', i)"}) {
+        console->submit(statement);
+        ASSERT_TRUE(test::waitUntil([&] { return !workspaceOf(host)->isRunning(); }));
+        QTest::qWait(50);
+        EXPECT_TRUE(newestInView()) << statement.toStdString();
+    }
+    // A pane made smaller keeps the newest line in view, and later output too.
+    host.resize(900, 320);
+    QTest::qWait(50);
+    EXPECT_TRUE(newestInView());
+    bar->setValue(bar->maximum() / 2);
+    const int reading = bar->value();
+    console->submit("print('more')");
+    ASSERT_TRUE(test::waitUntil([&] { return !workspaceOf(host)->isRunning(); }));
+    QTest::qWait(50);
+    EXPECT_EQ(bar->value(), reading);
 }

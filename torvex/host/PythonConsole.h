@@ -37,6 +37,7 @@ private:
     HistoryLineEdit* input_;
     QPushButton* runButton_;
     QLabel* busyLabel_;
+    bool followNewest_ = true;
 };
 
 } // namespace torvex

@@ -1,5 +1,7 @@
 #include "CommandLine.h"
 
+#include "toolboxes/importData/volume/FileNameText.h"
+
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFileInfo>
@@ -68,8 +70,10 @@ StartOptions readStartOptions(const QCoreApplication& app)
     StartOptions options{paths.value(0),          parser.isSet("folder"), parser.isSet("guess"),
                          parser.isSet("import"), parser.value("script"), parser.isSet("quit")};
     // Checked here: the window reports a missing source in a dialog, which nobody answers in a batch run.
+    if (const QString unreachable = unreachableNameReason(options.path); !unreachable.isEmpty())
+        refuse(printablePath(options.path) + ": " + unreachable);
     if (!options.path.isEmpty() && !QFileInfo(options.path).isReadable())
-        refuse(options.path + ": no such file or folder, or not readable");
+        refuse(printablePath(options.path) + ": no such file or folder, or not readable");
     return options;
 }
 

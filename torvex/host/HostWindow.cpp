@@ -5,6 +5,7 @@
 #include "PythonWorkspaceManager.h"
 #include "WorkspacePanel.h"
 #include "toolboxes/importData/ImportData.h"
+#include "toolboxes/importData/volume/FileNameText.h"
 
 #include <QDockWidget>
 #include <QFileInfo>
@@ -54,7 +55,7 @@ HostWindow::HostWindow(const QString& filePath, bool folderMode) : appContext_(s
 
 void HostWindow::showSource(const QString& source)
 {
-    setWindowTitle(source.isEmpty() ? "Torvex - Import Data" : "Torvex - Import Data - " + source);
+    setWindowTitle(source.isEmpty() ? "Torvex - Import Data" : "Torvex - Import Data - " + printablePath(source));
 }
 
 void HostWindow::fitToScreen()

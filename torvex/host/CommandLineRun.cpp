@@ -4,6 +4,7 @@
 #include "PythonConsole.h"
 #include "PythonWorkspaceManager.h"
 #include "toolboxes/importData/ImportData.h"
+#include "toolboxes/importData/volume/FileNameText.h"
 
 #include <QCoreApplication>
 #include <QListWidget>
@@ -31,7 +32,7 @@ CommandLineRun::CommandLineRun(HostWindow& window, StartOptions options)
     }
     loadWatch_ << connect(&load, &ImageLoad::finished, this, &CommandLineRun::afterFirstLoad)
                << connect(&load, &ImageLoad::error, this, [this](int, const QString& message) {
-                      printError("cannot load " + options_.path + ": " + message);
+                      printError("cannot load " + printablePath(options_.path) + ": " + message);
                       if (options_.quit) return finish(1);
                       afterFirstLoad();
                   });
@@ -52,7 +53,8 @@ void CommandLineRun::importEntry()
 {
     ImportData* tool = window_.importData();
     // An empty list would ask in a dialog; on the command line it is an error line.
-    if (tool->ui->listWidget_data->count() == 0) return printError("nothing to import: " + options_.path + " gave no data");
+    if (tool->ui->listWidget_data->count() == 0)
+        return printError("nothing to import: " + printablePath(options_.path) + " gave no data");
     tool->onImport();
 }
 

@@ -13,6 +13,7 @@
 
 #include <QElapsedTimer>
 #include <QPlainTextEdit>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
 #include <QTableWidget>
@@ -135,4 +136,33 @@ TEST(PythonWorkspace, TheConsoleRunsLongStatementsThatStopOnRequestOrWhenTheWind
     closing.start();
     host.reset();
     EXPECT_LT(closing.elapsed(), 3000);
+}
+
+TEST(PythonWorkspace, TheConsoleFollowsItsNewestOutputUnlessScrolledUp)
+{
+    HostWindow host;
+    host.resize(900, 500);
+    host.show();
+    QPlainTextEdit* pane = host.pythonConsole()->outputPane();
+    const auto run = [&](const QString& statement) {
+        host.pythonConsole()->submit(statement);
+        EXPECT_TRUE(test::waitUntil([&] { return !workspaceOf(host)->isRunning(); }));
+        QTest::qWait(50);
+    };
+    const auto newestInView = [pane] {
+        QTextCursor end(pane->document());
+        end.setPosition(pane->document()->characterCount() - 2); // the end of the last line printed
+        return pane->viewport()->rect().contains(pane->cursorRect(end));
+    };
+    run("for i in range(300): print('line', i)\nprint('w' * 4000 + ' last')");
+    EXPECT_TRUE(newestInView());
+    host.resize(900, 320); // a smaller pane too
+    QTest::qWait(50);
+    EXPECT_TRUE(newestInView());
+    // Scrolled up, the pane stays on the line the user reads.
+    pane->verticalScrollBar()->setValue(100);
+    const auto topLine = [pane] { return pane->cursorForPosition(QPoint(1, 1)).blockNumber(); };
+    const int reading = topLine();
+    run("print('more')");
+    EXPECT_EQ(topLine(), reading);
 }

@@ -5,8 +5,10 @@
 #include "PythonWorkspaceManager.h"
 #include "WorkspacePanel.h"
 #include "toolboxes/importData/ImportData.h"
+#include "toolboxes/importData/volume/FileNameText.h"
 
 #include <QDockWidget>
+#include <QFileInfo>
 #include <QMenuBar>
 #include <QScreen>
 #include <QSplitter>
@@ -19,7 +21,13 @@ HostWindow::HostWindow(const QString& filePath, bool folderMode) : appContext_(s
 {
     // Timed like any notice, so it never stands for a state long gone.
     statusBar()->showMessage("Workspace ready", 5000);
-    importData_ = new ImportData(this, appContext_.get(), {}, filePath, folderMode);
+    // A folder opens as a dropped one does, as an Image Sequence, even without folder mode.
+    const bool plainFolder = !folderMode && QFileInfo(filePath).isDir();
+    importData_ = new ImportData(this, appContext_.get(), {}, plainFolder ? QString() : filePath, folderMode);
+    if (plainFolder) {
+        importData_->ui->comboBox_outputType->setCurrentIndex(1);
+        importData_->openFile(filePath);
+    }
     // The tool builds itself as a top-level window; the host embeds it.
     importData_->setParent(this, Qt::Widget);
     setCentralWidget(importData_);
@@ -47,7 +55,7 @@ HostWindow::HostWindow(const QString& filePath, bool folderMode) : appContext_(s
 
 void HostWindow::showSource(const QString& source)
 {
-    setWindowTitle(source.isEmpty() ? "Torvex - Import Data" : "Torvex - Import Data - " + source);
+    setWindowTitle(source.isEmpty() ? "Torvex - Import Data" : "Torvex - Import Data - " + printablePath(source));
 }
 
 void HostWindow::fitToScreen()

@@ -38,6 +38,13 @@ PythonConsole::PythonConsole(PythonWorkspaceManager* manager, QWidget* parent)
     layout->addWidget(output_, 1);
     layout->addLayout(line);
 
+    // The pane follows its newest line while it is scrolled to the bottom, through new output and
+    // through a smaller pane alike; scrolled up, it stays where the user reads.
+    QScrollBar* bar = output_->verticalScrollBar();
+    connect(bar, &QScrollBar::valueChanged, this, [this, bar](int value) { followNewest_ = value == bar->maximum(); });
+    connect(bar, &QScrollBar::rangeChanged, this, [this, bar] {
+        if (followNewest_) bar->setValue(bar->maximum());
+    });
     connect(input_, &QLineEdit::returnPressed, this, [this] { submit(input_->text()); });
     connect(input_, &HistoryLineEdit::interruptRequested, manager_, &PythonWorkspaceManager::interrupt);
     connect(runButton_, &QPushButton::clicked, this, [this] {
@@ -65,24 +72,28 @@ void PythonConsole::submit(const QString& statement)
     manager_->start(statement);
 }
 
-void PythonConsole::runScript(const QString& path)
+QString PythonConsole::runScript(const QString& path)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) return append("Cannot read the script " + path + ": " + file.errorString() + "\n");
-    append("# script " + path + "\n");
-    if (!manager_->start(QString::fromUtf8(file.readAll()), path, false))
-        append("The script did not run: " + (manager_->unavailableReason().isEmpty() ? "a statement is running"
-                                                                                    : manager_->unavailableReason()) + "\n");
+    QString failure;
+    if (!file.open(QIODevice::ReadOnly)) {
+        failure = "Cannot read the script " + path + ": " + file.errorString();
+    } else {
+        append("# script " + path + "\n");
+        if (!manager_->start(QString::fromUtf8(file.readAll()), path, false))
+            failure = "The script did not run: " + (manager_->unavailableReason().isEmpty()
+                                                         ? "a statement is running"
+                                                         : manager_->unavailableReason());
+    }
+    if (!failure.isEmpty()) append(failure + "\n");
+    return failure;
 }
 
 void PythonConsole::append(const QString& text)
 {
-    QScrollBar* bar = output_->verticalScrollBar();
-    const bool atBottom = bar->value() == bar->maximum();
     QTextCursor end(output_->document());
     end.movePosition(QTextCursor::End);
     end.insertText(text);
-    if (atBottom) bar->setValue(bar->maximum());
 }
 
 void PythonConsole::setBusy(bool busy)

@@ -20,8 +20,9 @@ public:
 
     // Runs the statement as if typed in the input line.
     void submit(const QString& statement);
-    // Runs a Python file in the workspace, as `python FILE` would.
-    void runScript(const QString& path);
+    // Starts a Python file in the workspace, as `python FILE` would; why it
+    // could not start, or empty.
+    QString runScript(const QString& path);
 
     HistoryLineEdit* input() const { return input_; }
     QPlainTextEdit* outputPane() const { return output_; }
@@ -36,6 +37,7 @@ private:
     HistoryLineEdit* input_;
     QPushButton* runButton_;
     QLabel* busyLabel_;
+    bool followNewest_ = true;
 };
 
 } // namespace torvex

@@ -83,6 +83,7 @@ struct PythonWorkspaceManager::Run {
     QString pending;
     bool flushPosted = false;
     bool done = false;
+    bool failed = false; // written by the statement's thread before finish()
 
     explicit Run(PythonWorkspaceManager* m) : manager(m) {}
 
@@ -264,8 +265,9 @@ bool PythonWorkspaceManager::start(const QString& code, const QString& fileName,
             if (run->stopRequested) PyThreadState_SetAsyncExc(run->threadId, PyExc_KeyboardInterrupt);
             try {
                 const py::cpp_function emitText([run](const py::str& text) { run->append(QString::fromStdString(text)); });
-                python->console.attr("run")(code, python->names, emitText, fileName, interactive);
+                run->failed = python->console.attr("run")(code, python->names, emitText, fileName, interactive).cast<bool>();
             } catch (const py::error_already_set& e) {
+                run->failed = true;
                 run->append(exceptionText(e));
             }
             // A Stop that came after the statement's end must not hit later code.
@@ -305,6 +307,7 @@ void PythonWorkspaceManager::onRunFinished()
 {
     thread_.join();
     flushOutput();
+    const bool failed = run_->failed;
     run_.reset();
     QString notes = takeConsoleChanges();
     if (syncPending_) {
@@ -313,7 +316,7 @@ void PythonWorkspaceManager::onRunFinished()
     }
     if (!notes.isEmpty()) emit output(notes);
     emit workspaceChanged(); // the console may have made or dropped arrays
-    emit finished();
+    emit finished(failed);
 }
 
 const std::vector<WorkspaceVariable>& PythonWorkspaceManager::variables()

@@ -38,9 +38,10 @@ public:
     // Empty while Python runs here, else why it does not.
     QString unavailableReason() const { return unavailable_; }
     // Starts the code on its own thread: what it prints comes through
-    // output(), then finished(). Interactive code shows the value of each
-    // expression statement; a script does not. False, and nothing starts,
-    // without Python or while another statement runs.
+    // output(), then finished(), which tells whether the code failed.
+    // Interactive code shows the value of each expression statement; a
+    // script does not. False, and nothing starts, without Python or while
+    // another statement runs.
     bool start(const QString& code, const QString& fileName = "<console>", bool interactive = true);
     bool isRunning() const { return run_ != nullptr; }
     // Raises KeyboardInterrupt in the running statement at its next Python
@@ -56,7 +57,7 @@ public:
 signals:
     void output(const QString& text);
     void started();
-    void finished();
+    void finished(bool failed);
 
 private:
     struct Python;

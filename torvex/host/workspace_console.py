@@ -43,7 +43,9 @@ def _user_traceback(tb):
 
 
 def run(code, namespace, emit, filename='<console>', interactive=True):
-    """Runs code in namespace; everything it prints goes to emit(text)."""
+    """Runs code in namespace; everything it prints goes to emit(text).
+    Returns whether it failed: raised, or asked to exit with a status other than 0."""
+    failed = False
     sink = _Sink(emit, sys.__stderr__)
     with contextlib.redirect_stdout(sink), contextlib.redirect_stderr(sink):
         saved_stdin, sys.stdin = sys.stdin, io.StringIO()  # input() ends at once, no wait for a terminal
@@ -55,15 +57,19 @@ def run(code, namespace, emit, filename='<console>', interactive=True):
                 compiled = compile(tree, filename, 'exec')
             exec(compiled, namespace)
         except SystemExit as stop:
+            failed = stop.code not in (None, 0)
             print(f'SystemExit({stop.code!r}): the console stays open; close the window to quit.',
                   file=sys.stderr)
         except SyntaxError as error:
+            failed = True
             traceback.print_exception(type(error), error, None)
         except BaseException as error:  # KeyboardInterrupt from Stop included
+            failed = True
             traceback.print_exception(type(error), error, _user_traceback(error.__traceback__))
         finally:
             sys.stdin = saved_stdin
             sink.close()
+    return failed
 
 
 def arrays(namespace):

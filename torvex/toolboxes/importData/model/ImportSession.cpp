@@ -7,6 +7,7 @@
 #include "toolboxes/importData/sequence/PythonPath.h"
 #include "toolboxes/importData/sequence/ThreadHandOff.h"
 #include "toolboxes/importData/volume/AxisTransfer.h"
+#include "toolboxes/importData/volume/FileNameText.h"
 #include "toolboxes/importData/volume/ImageTypes.h"
 #include "toolboxes/importData/volume/RawDecoder.h"
 
@@ -72,11 +73,13 @@ void ImportSession::openFolder(const QString& folder)
         files << folder + "/" + name;
     sortFiles(files, naturalOrder);
     fileList = files;
+    unreachableFiles = unreachableNames(folder);
     _pending_add_entry = true;
 }
 
 void ImportSession::openFileList(const QStringList& paths)
 {
+    unreachableFiles.clear();
     QStringList files;
     std::copy_if(paths.begin(), paths.end(), std::back_inserter(files),
                  [](const QString& path) { return QFileInfo(path).isFile(); });
@@ -108,6 +111,15 @@ std::optional<QString> ImportSession::missingFilesNotice() const
     const std::optional<MissingNumbers> gap = missingNumbers(names);
     if (!gap) return std::nullopt;
     return missingNumbersMessage(*gap);
+}
+
+std::optional<QString> ImportSession::unreachableFilesNotice() const
+{
+    if (unreachableFiles.isEmpty()) return std::nullopt;
+    constexpr int shown = 3;
+    return QString::number(unreachableFiles.size()) + " file(s) left out, as their names are not valid UTF-8 "
+           "(rename them): " + unreachableFiles.mid(0, shown).join(", ") +
+           (unreachableFiles.size() > shown ? ", …" : "");
 }
 
 void ImportSession::decode(const RawLayout& layout, const Progress& progress)

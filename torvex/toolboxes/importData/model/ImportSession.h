@@ -43,6 +43,7 @@ public:
     bool _pending_add_entry = false;            // a new source waits for its entry
     std::optional<QString> _current_file_path;  // the raw file behind readedBinary
     bool naturalOrder = false;                  // image files in the natural order of their names
+    QStringList unreachableFiles;               // names in the open folder that its listing left out
     ImageLoad load;
     EntryStore entries;
 
@@ -83,6 +84,8 @@ public:
     // "Missing 3 of 500 numbered files: 17, 18, 240" when the filtered names
     // are one numbered series with gaps.
     std::optional<QString> missingFilesNotice() const;
+    // Which files of the open folder its listing left out, and why, when there are any.
+    std::optional<QString> unreachableFilesNotice() const;
 
     // Takes a load's stack, all of it chosen, into the current sequence entry
     // too; false for a superseded load.

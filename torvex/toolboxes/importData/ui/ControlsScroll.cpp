@@ -3,15 +3,24 @@
 #include <QEvent>
 #include <QScrollBar>
 
+#include <algorithm>
+
 namespace torvex {
 
 ControlsScroll::ControlsScroll(QWidget* controls)
 {
     setObjectName("scrollArea_controls");
     setFrameShape(QFrame::NoFrame);
-    setWidgetResizable(true);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setWidget(controls);
+}
+
+void ControlsScroll::fitControls()
+{
+    // Sized here, not by the scroll area itself: with a wrapping label among the controls it would
+    // hold them at their preferred height, and on a low screen the lists would scroll out of sight
+    // where they could have shrunk to their minimum.
+    widget()->resize(viewport()->width(), std::max(viewport()->height(), widget()->minimumSizeHint().height()));
 }
 
 QSize ControlsScroll::sizeHint() const
@@ -28,13 +37,17 @@ QSize ControlsScroll::minimumSizeHint() const
 
 bool ControlsScroll::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched == widget() && event->type() == QEvent::LayoutRequest) updateGeometry();
+    if (watched == widget() && event->type() == QEvent::LayoutRequest) {
+        updateGeometry();
+        fitControls();
+    }
     return QScrollArea::eventFilter(watched, event);
 }
 
 bool ControlsScroll::viewportEvent(QEvent* event)
 {
     if (event->type() == QEvent::LayoutRequest) updateGeometry();
+    if (event->type() == QEvent::Resize) fitControls();
     return QScrollArea::viewportEvent(event);
 }
 

@@ -21,6 +21,8 @@ protected:
 
 private:
     int widthFor(int controlsWidth) const;
+    // The controls as wide as the view and as high as it, or as their minimum if that is more.
+    void fitControls();
 };
 
 } // namespace torvex

@@ -3,6 +3,7 @@
 
 #include "toolboxes/importData/sequence/FileFilter.h"
 #include "toolboxes/importData/sequence/PythonPath.h"
+#include "toolboxes/importData/volume/FileNameText.h"
 
 namespace torvex {
 
@@ -36,7 +37,8 @@ QStringList ImportData::_showSequenceNotes(bool loaded)
     const std::optional<QString> order = _session.naturalOrder ? std::nullopt : _session.outOfOrderNotice();
     ui->checkBox_naturalOrder->setEnabled(order || _session.naturalOrder);
     QStringList notes;
-    for (const std::optional<QString>& note : {order, loaded ? _session.missingFilesNotice() : std::nullopt})
+    for (const std::optional<QString>& note :
+         {order, loaded ? _session.missingFilesNotice() : std::nullopt, _session.unreachableFilesNotice()})
         if (note) notes << *note;
     ui->label_missingFiles->setText(notes.join('\n'));
     return notes;
@@ -51,8 +53,9 @@ void ImportData::_populateImageListWidget(const QStringList& file_list, bool che
         auto* item = new QListWidgetItem;
         item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
         item->setCheckState(checked_all || checked_indexes.contains(idx) ? Qt::Checked : Qt::Unchecked);
-        item->setText(displayName(pythonBasename(file_list[idx])));
-        item->setToolTip(file_list[idx]);
+        item->setText(displayName(printablePath(pythonBasename(file_list[idx]))));
+        const QString unreachable = unreachableNameReason(file_list[idx]);
+        item->setToolTip(unreachable.isEmpty() ? file_list[idx] : file_list[idx] + "\n" + unreachable);
         list->addItem(item);
     }
 }

@@ -41,8 +41,10 @@ void ImportData::onImport()
         // A cancelled import hands nothing over: the workspace stays as it was.
         if (!runWithProgress(this, "Importing " + name + "…", [&](const Progress& progress) {
                 array = ImportSession::importArray(source, format, keepChannel, progress);
-            }))
+            })) {
+            ui->statusbar->showMessage("Import cancelled", 5000);
             return;
+        }
         ImportSession::handOver(*manager, name, array);
         emit manager->variableImported(importNotice(name, array));
     } catch (const std::exception& e) {

@@ -2,6 +2,7 @@
 #include "toolboxes/importData/ui/ImportData.h"
 
 #include "toolboxes/importData/sequence/PythonPath.h"
+#include "toolboxes/importData/volume/FileNameText.h"
 
 #include <QFileInfo>
 #include <QMessageBox>
@@ -71,7 +72,7 @@ void ImportData::openFile(const QString& fileName)
         _session.openRawFile(fileName);
         ui->lineEdit_files_folder->setText(fileName);
         _resetVolumeParams();
-        setWindowTitle("Import Data - " + fileName);
+        setWindowTitle("Import Data - " + printablePath(fileName));
         onParametersChanged();
         ui->statusbar->showMessage("File loaded successfully!", 5000);
     } catch (const std::exception& e) {

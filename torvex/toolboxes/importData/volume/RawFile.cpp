@@ -1,5 +1,6 @@
 #include "RawFile.h"
 
+#include "toolboxes/importData/volume/FileNameText.h"
 #include "toolboxes/importData/volume/MapFaultGuard.h"
 
 #include <QFile>
@@ -59,7 +60,10 @@ std::shared_ptr<const MappedFile> MappedFile::open(const QString& path)
     // Without blocking: a FIFO that nobody writes would hold the window for ever
     // at the open. It is then turned away as no regular file.
     const int fd = ::open(native.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (fd < 0) failWith(path, std::strerror(errno));
+    if (fd < 0) {
+        const QString why = unreachableNameReason(path);
+        failWith(path, why.isEmpty() ? std::strerror(errno) : why.toStdString());
+    }
     auto refuse = [&](const std::string& reason) {
         ::close(fd);
         failWith(path, reason);

@@ -42,8 +42,8 @@ protected:
     void openVolume(const QString& path, const VolumeParams& panel)
     {
         session.openRawFile(path);
-        session.decode(panel.layout());
-        session.transfer(*panel.permute, *panel.hflip, *panel.vflip);
+        session.decode(panel.layout);
+        session.transfer(panel.transfer);
         session.addEntry(session.entries.uniqueName("cdata"), Mode::VolumeData, session.transferedData, std::nullopt,
                          panel);
     }
@@ -75,7 +75,8 @@ TEST_F(Session, EachRawLoadIsAnEntryThatComesBackWholeWhateverHappensOnDisk)
     const QString first = rawFile("first.raw", 400 * 640, 5), second = rawFile("second.raw", 2 * 8 * 6 * 2, 1);
     openVolume(first, kStart);
     VolumeParams panel = kStart;
-    panel.imgType = "16-bit Unsigned", panel.width = 8, panel.height = 6, panel.totalFrame = 2, panel.hflip = true;
+    panel.layout = {.imgType = "16-bit Unsigned", .width = 8, .height = 6, .frame = 2};
+    panel.transfer.hflip = true;
     openVolume(second, panel);
     ASSERT_EQ(session.entries.size(), 2);
     EXPECT_EQ(session.entries.current(), 1);
@@ -102,9 +103,9 @@ TEST_F(Session, EachRawLoadIsAnEntryThatComesBackWholeWhateverHappensOnDisk)
 TEST_F(Session, TheCurrentEntryFollowsChangesButNotWhileANewSourceWaits)
 {
     openVolume(rawFile("v.raw", 400 * 640, 5), kStart);
-    session.transfer("1,0,2", false, false);
     VolumeParams panel = kStart;
-    panel.permute = "1,0,2";
+    panel.transfer.permute = "1,0,2";
+    session.transfer(panel.transfer);
     session.updateCurrentEntry(panel);
     EXPECT_EQ(session.entries.find(0)->record.data->shape(), (Shape{640, 1, 400, 1}));
     EXPECT_EQ(session.entries.find(0)->record.params, panel);

@@ -121,12 +121,12 @@ void ImportSession::decode(const RawLayout& layout, const Progress& progress)
     }
 }
 
-void ImportSession::transfer(const QString& permute, bool hflip, bool vflip)
+void ImportSession::transfer(const AxisTransfer& axes)
 {
     keepDecoded();
     if (!prasedData) return;
     try {
-        transferedData = transferAxes(*prasedData, permute, hflip, vflip);
+        transferedData = transferAxes(*prasedData, axes.permute, axes.hflip, axes.vflip);
     } catch (...) {
         transferedData.reset();
         throw;

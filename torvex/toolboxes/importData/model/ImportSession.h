@@ -67,7 +67,7 @@ public:
     void decode(const RawLayout& layout, const Progress& progress = {});
     // The decoded array with the panel's permutation and flips applied to it
     // (views: no pixel is copied). A failure leaves none and is thrown.
-    void transfer(const QString& permute, bool hflip, bool vflip);
+    void transfer(const AxisTransfer& axes);
     // The decoded array shown as it is.
     void keepDecoded() { transferedData = prasedData; }
 

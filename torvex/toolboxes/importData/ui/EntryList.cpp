@@ -54,7 +54,7 @@ void ImportData::onDataItemSelected(QListWidgetItem* current, QListWidgetItem*)
     const int page = mode == Mode::VolumeData ? 0 : 1;
     QString path;
     if (mode == Mode::VolumeData) {
-        _restoreVolumeParams(record.params.value_or(VolumeParams{}));
+        _restoreVolumeParams(record.params);
         path = _current_file_path.value_or(QString());
     } else {
         {
@@ -77,7 +77,7 @@ void ImportData::onDataItemSelected(QListWidgetItem* current, QListWidgetItem*)
     ui->stackedWidget->setCurrentIndex(page);
     ui->stackedWidget_preview->setCurrentIndex(page);
     ui->lineEdit_files_folder->setText(path);
-    ui->statusbar->showMessage(path, 5000);
+    _showStatus(StatusTone::Info, path, 5000);
     _setFrameQuietly(1);
     _refreshPreview();
 }

@@ -74,10 +74,7 @@ TEST_F(Session, EachRawLoadIsAnEntryThatComesBackWholeWhateverHappensOnDisk)
 {
     const QString first = rawFile("first.raw", 400 * 640, 5), second = rawFile("second.raw", 2 * 8 * 6 * 2, 1);
     openVolume(first, kStart);
-    VolumeParams panel = kStart;
-    panel.layout = {.imgType = "16-bit Unsigned", .width = 8, .height = 6, .frame = 2};
-    panel.transfer.hflip = true;
-    openVolume(second, panel);
+    openVolume(second, {.layout = {"16-bit Unsigned", 0, 0, 8, 6, 2}, .transfer = {.hflip = true}});
     ASSERT_EQ(session.entries.size(), 2);
     EXPECT_EQ(session.entries.current(), 1);
 

@@ -1,7 +1,6 @@
 #pragma once
 
-// The raw-volume panel as a user sets it: widget by widget, each change
-// running its handlers. Shared by the tests and the benchmarks.
+// The raw-volume panel set as a user would, each change running its handlers.
 #include "toolboxes/importData/ImportData.h"
 #include "toolboxes/importData/ui/VolumePanelBindings.h"
 

@@ -22,7 +22,6 @@ TEST(StatusStrip, TakesTheColourOfWhatItSays)
         {[&] { w.openFile(longer); }, amber}, // "File loaded successfully!" beside an amber badge
         {[&] { test::editVolumePanel(w, [](VolumeParams& p) { p.layout.frame = 1000; }); }, red},
         {[&] { test::editVolumePanel(w, [](VolumeParams& p) { p.layout.frame = 1; }); }, amber}, // "+5" left over
-        {[&] { w.openFile(exact); }, green},
         {[&] { test::editVolumePanel(w, [](VolumeParams& p) { p.layout.width = 0; }); }, amber},
         {[&] { w.onGuessLayout(); }, amber}, // "Cannot guess: ..." on a constant file
         // Text the window did not send (a tip, the host's) is plain news, whatever it says.
@@ -31,7 +30,6 @@ TEST(StatusStrip, TakesTheColourOfWhatItSays)
     };
     for (size_t i = 0; i < cases.size(); ++i) {
         cases[i].first();
-        const QString message = strip->currentMessage();
-        EXPECT_TRUE(strip->styleSheet().contains(cases[i].second)) << i << ": " << message.toStdString();
+        EXPECT_TRUE(strip->styleSheet().contains(cases[i].second)) << i << ": " << strip->currentMessage().toStdString();
     }
 }

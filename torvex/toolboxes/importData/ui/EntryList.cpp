@@ -31,13 +31,13 @@ QListWidgetItem* ImportData::_addDataEntry(const QString& default_name, const QS
     // and leaves the window as it is.
     ui->listWidget_data->setCurrentItem(item);
     const Mode entryMode = modeOfText(mode).value_or(Mode::ImageSequence);
-    _showEntryRow(_session.addEntry(name, entryMode, data, file_list, _captureVolumeParams()));
+    _showEntryRow(_session.addEntry(name, entryMode, data, file_list));
     return item;
 }
 
 void ImportData::_updateCurrentItemData()
 {
-    _session.updateCurrentEntry(_captureVolumeParams());
+    _session.updateCurrentEntry();
     _showEntryRow(_session.entries.current());
 }
 

@@ -94,7 +94,10 @@ void ImportData::_connectVolumePanel()
                 if (other != box) other->setChecked(false);
             }
         });
+    _session.volume = _captureVolumeParams();
     for (size_t i = 0; i < table.size(); ++i) {
+        // The session takes the panel's settings first: the reactions read them there.
+        onPanelValueChanged(_volumePanel[i], this, [this] { _session.volume = _captureVolumeParams(); });
         if (table[i].restartsFrames) onPanelValueChanged(_volumePanel[i], this, [this] { onTotalFrameChanged(); });
         if (table[i].reaction == VolumePanelBinding::Reaction::Transfer)
             onPanelValueChanged(_volumePanel[i], this, [this] { onImgTransferChanged(); });
@@ -187,7 +190,7 @@ void ImportData::_toneStatus(const QString& message)
     // A raw file that loads with bytes over or missing is no plain success: the badge beside it says so.
     if (tone == StatusTone::Success && !_bytes_badge->isHidden() && readedBinary) {
         const std::optional<ByteBalance> balance =
-            ByteBalance::of(readedBinary->size(), _captureVolumeParams().layout);
+            ByteBalance::of(readedBinary->size(), _session.volume.layout);
         if (balance && !balance->matched()) tone = StatusTone::Warning;
     }
     const QString sheet = statusStyleSheet(tone);

@@ -107,8 +107,9 @@ public:
     void onShowHelp();
 
     // Raw volume decoding, axis transfer, parameter panel and preview.
-    void praseStackImages(const RawLayout& layout);
-    void _imgTransfer(const AxisTransfer& axes);
+    // Decode and transfer by the session's volume settings, which the panel mirrors.
+    void praseStackImages();
+    void _imgTransfer();
     void onImgTransferChanged();
     void onTotalFrameChanged();
     void onParametersChanged();

@@ -12,13 +12,13 @@
 
 namespace torvex {
 
-void ImportData::praseStackImages(const RawLayout& layout)
+void ImportData::praseStackImages()
 {
     try {
         // Most layouts are views and decode at once; colour orders without one
         // channel step and bitmaps are copies, long for a large file.
         if (!runWithProgress(this, "Decoding the frames…",
-                             [&](const Progress& progress) { _session.decode(layout, progress); }))
+                             [&](const Progress& progress) { _session.decode(progress); }))
             _showStatus(StatusTone::Info, "Decoding cancelled", 5000);
     } catch (const std::exception& e) {
         _showError(e);
@@ -40,7 +40,7 @@ void ImportData::onParametersChanged()
         _showStatus(StatusTone::Warning, "No binary data loaded", 5000);
         return;
     }
-    const RawLayout layout = _captureVolumeParams().layout;
+    const RawLayout layout = _session.volume.layout;
     if (layout.width == 0 || layout.height == 0) {
         _bytes_badge->hide();
         _showStatus(StatusTone::Warning, "Set width and height to preview the data", 5000);
@@ -52,7 +52,7 @@ void ImportData::onParametersChanged()
         _bytes_badge->setStyleSheet(balance->badgeStyleSheet());
         _bytes_badge->show();
     }
-    praseStackImages(layout);
+    praseStackImages();
     onImgTransferChanged();
 }
 
@@ -63,10 +63,10 @@ void ImportData::onTotalFrameChanged()
     _restartFrames(std::max(1, count->value()), count->text());
 }
 
-void ImportData::_imgTransfer(const AxisTransfer& axes)
+void ImportData::_imgTransfer()
 {
     try {
-        _session.transfer(axes);
+        _session.transfer();
     } catch (const std::exception& e) {
         _showError(e);
     }
@@ -75,7 +75,7 @@ void ImportData::_imgTransfer(const AxisTransfer& axes)
 void ImportData::onImgTransferChanged()
 {
     if (_mode() == Mode::VolumeData)
-        _imgTransfer(_captureVolumeParams().transfer);
+        _imgTransfer();
     else _session.keepDecoded();
     if (!prasedData) {
         preview_ImgItem->clear();

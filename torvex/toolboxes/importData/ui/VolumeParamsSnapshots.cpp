@@ -23,6 +23,8 @@ void ImportData::_restoreVolumeParams(const std::optional<VolumeParams>& params)
     const std::vector<VolumePanelBinding>& table = volumePanelBindings();
     for (size_t i = 0; i < table.size(); ++i) setPanelValue(_volumePanel[i], table[i].get(*params));
     for (QWidget* w : _volumePanel) w->blockSignals(false);
+    // What the widgets took: one that cannot show a value keeps its own.
+    _session.volume = _captureVolumeParams();
 }
 
 } // namespace torvex

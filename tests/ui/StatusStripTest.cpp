@@ -23,7 +23,7 @@ TEST(StatusStrip, TakesTheColourOfWhatItSays)
         {[&] { test::editVolumePanel(w, [](VolumeParams& p) { p.layout.frame = 1000; }); }, red},
         {[&] { test::editVolumePanel(w, [](VolumeParams& p) { p.layout.frame = 1; }); }, amber}, // "+5" left over
         {[&] { test::editVolumePanel(w, [](VolumeParams& p) { p.layout.width = 0; }); }, amber},
-        {[&] { w.onGuessLayout(); }, amber}, // "Cannot guess: ..." on a constant file
+        {[&] { w.ui->pushButton_guess->click(); }, amber}, // "Cannot guess: ..." on a constant file
         // Text the window did not send (a tip, the host's) is plain news, whatever it says.
         {[&] { strip->showMessage("Error: from elsewhere"); }, slate},
         {[&] { strip->clearMessage(); }, slate},

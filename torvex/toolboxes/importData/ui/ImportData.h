@@ -90,21 +90,12 @@ public:
     void openFileList(const QStringList& fileList);
     void onOpenFiles();
     void onOpenFolder();
-    // Asks for a raw file and opens it as Volume Data, as a dropped one.
-    void onOpenRawFile();
-    // The folder of the current source, where the open dialogs start; empty with none.
-    QString currentSourceFolder() const;
     // The dialogs the open handlers ask; a test puts stand-ins here.
     FileDialogs fileDialogs;
 
     // The menus of the tool (File, Data, View, Help), for the host's menu bar.
     // Their shortcuts work in whichever window holds the tool.
     const QList<QMenu*>& menus() const { return _menus; }
-    // The preview of the current mode: one image pixel per screen pixel, or fitted.
-    void onResetZoom();
-    void onFitView();
-    // A short guide to the panel's terms, beside the window.
-    void onShowHelp();
 
     // Raw volume decoding, axis transfer, parameter panel and preview.
     // Decode and transfer by the session's volume settings, which the panel mirrors.
@@ -113,8 +104,6 @@ public:
     void onImgTransferChanged();
     void onTotalFrameChanged();
     void onParametersChanged();
-    // Fills the panel with a layout guessed from the open raw file.
-    void onGuessLayout();
     void _refreshPreview();
     void _onPreviewMouseMoved(const QPointF& pos, PreviewPlot* plot, const std::optional<NdArray>& frame);
     void _onVolumeMouseMoved(const QPointF& pos);
@@ -125,8 +114,6 @@ public:
     void _populateImageListWidget(const QStringList& file_list, bool checked_all = true,
                                   const QSet<int>& checked_indexes = {});
     void onFilterChanged();
-    // Sorts the image files by the numbers in their names, or plainly again.
-    void onNaturalOrderChanged();
     void onSelectAll();
     void onSelectionChanged();
     void onSelectedRangeChanged(const QString& pos);
@@ -184,6 +171,21 @@ private:
     void _connectSequencePanel();
     void _connectEntries();
     void _buildPreviews();
+
+    // Handlers of the window's own controls and menus.
+    // Asks for a raw file and opens it as Volume Data, as a dropped one.
+    void onOpenRawFile();
+    // The folder of the current source, where the open dialogs start; empty with none.
+    QString currentSourceFolder() const;
+    // The preview of the current mode: one image pixel per screen pixel, or fitted.
+    void onResetZoom();
+    void onFitView();
+    // A short guide to the panel's terms, beside the window.
+    void onShowHelp();
+    // Fills the panel with a layout guessed from the open raw file.
+    void onGuessLayout();
+    // Sorts the image files by the numbers in their names, or plainly again.
+    void onNaturalOrderChanged();
 
     // The mode the window shows, from comboBox_outputType; none for another text.
     std::optional<Mode> _mode() const;

@@ -9,16 +9,21 @@ REPEAT        ?= 100
 CMAKE_GEN     := -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo
 CLANG         := CC=clang CXX=clang++
 
-.PHONY: deps build run test test-plain sanitized-build test-sanitized check-threads fuzz bench
+.PHONY: deps configure build run test test-plain sanitized-build test-sanitized check-threads fuzz bench
 
 deps:
 	@if [ "$$(id -u)" -eq 0 ]; then scripts/install-deps.sh; else sudo scripts/install-deps.sh; fi
 
-build: deps
+configure: deps
 	cmake -S . -B $(BUILD_DIR) $(CMAKE_GEN)
+
+build: configure
 	cmake --build $(BUILD_DIR) -j $(JOBS)
 
-run: build
+# Only the host and the libraries it links: tests and benchmarks wait for
+# `make test` and `make bench`.
+run: configure
+	cmake --build $(BUILD_DIR) -j $(JOBS) --target torvex
 	$(BUILD_DIR)/torvex/host/torvex
 
 test: test-plain test-sanitized check-threads

@@ -4,6 +4,7 @@
 // a width change on it, and the one copy an import as "DHWC" makes.
 #include "BenchFiles.h"
 #include "BenchReport.h"
+#include "../tests/support/VolumePanel.h"
 #include "host/AppContext.h"
 #include "toolboxes/importData/ImportData.h"
 #include "toolboxes/importData/volume/DisplayImage.h"
@@ -50,11 +51,8 @@ double medianSeconds(int runs, const std::function<void()>& work)
 // The window set to show `path` as 4096 x 4096 "16-bit Unsigned" frames.
 void showAsFrames(ImportData& w, int64_t frames)
 {
-    w.ui->comboBox_imgType->setCurrentText("16-bit Unsigned");
-    w.ui->comboBox_order->setCurrentText("C");
-    w.ui->spinBox_width->setValue(kWidth);
-    w.ui->spinBox_height->setValue(kHeight);
-    w.ui->spinBox_totalFrame->setValue(static_cast<int>(frames));
+    test::enterVolumePanel(
+        w, {.layout = {.imgType = "16-bit Unsigned", .width = kWidth, .height = kHeight, .frame = frames, .readOrder = "C"}});
     if (!w.transferedData || w.transferedData->extent(0) != frames) std::exit(1);
 }
 
@@ -71,9 +69,9 @@ int pageLargeFile(int argc, char** argv, const QString& path)
     for (int i = 0; i < kPagedFrames; ++i) w.ui->spinBox_frame->setValue(1 + static_cast<int>(i * kLargeFrames / kPagedFrames));
     const int64_t peak = bench::statusBytes("VmHWM");
     const double widthChange = medianSeconds(5, [&] {
-        w.ui->spinBox_width->setValue(w.ui->spinBox_width->value() == kWidth ? kWidth / 2 : kWidth);
+        test::editVolumePanel(w, [](VolumeParams& p) { p.layout.width = p.layout.width == kWidth ? kWidth / 2 : kWidth; });
     });
-    if (!w.transferedData || w.transferedData->extent(2) != w.ui->spinBox_width->value()) return 1;
+    if (!w.transferedData || w.transferedData->extent(2) != w._captureVolumeParams().layout.width) return 1;
     std::printf("%lld %.9f\n", static_cast<long long>(peak), widthChange);
     return 0;
 }

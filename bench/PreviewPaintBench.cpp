@@ -2,6 +2,7 @@
 // the width to the new frame on screen, for a 2 GiB file of 4096 x 4096
 // 16-bit frames. Needs an X server (DISPLAY); bench/report.sh starts one.
 #include "BenchReport.h"
+#include "../tests/support/VolumePanel.h"
 #include "host/HostWindow.h"
 #include "toolboxes/importData/ImportData.h"
 #include "toolboxes/importData/ui/PreviewSurface.h"
@@ -104,10 +105,7 @@ int main(int argc, char** argv)
     ImportData& w = *host.importData();
     QWidget* viewport = w.preview_layoutWin->viewport();
     viewport->installEventFilter(&counter);
-    w.ui->comboBox_imgType->setCurrentText("16-bit Unsigned");
-    w.ui->spinBox_width->setValue(kSide);
-    w.ui->spinBox_height->setValue(kSide);
-    w.ui->spinBox_totalFrame->setValue(kFrames);
+    test::enterVolumePanel(w, {.layout = {.imgType = "16-bit Unsigned", .width = kSide, .height = kSide, .frame = kFrames}});
     host.resize(1400, 900);
     host.show();
     msUntilPainted(viewport, counter, [] {});
@@ -164,7 +162,9 @@ int main(int argc, char** argv)
     std::vector<double> widths;
     for (int i = 0; i < 6; ++i)
         widths.push_back(
-            msUntilPainted(viewport, counter, [&] { w.ui->spinBox_width->setValue(i % 2 ? kSide : kSide - 96); }));
+            msUntilPainted(viewport, counter, [&] {
+                test::editVolumePanel(w, [&](VolumeParams& p) { p.layout.width = i % 2 ? kSide : kSide - 96; });
+            }));
     bench::reportAtMost("4096x4096 u16 frame on screen after a width change (median of 6)", median(widths), "ms", 50);
     return 0;
 }

@@ -2,6 +2,7 @@
 // copy, and NumPy works on it there as fast as in a plain Python process.
 #include "BenchFiles.h"
 #include "BenchReport.h"
+#include "../tests/support/VolumePanel.h"
 #include "host/AppContext.h"
 #include "host/PythonWorkspaceManager.h"
 #include "toolboxes/importData/ImportData.h"
@@ -64,12 +65,8 @@ int main(int argc, char** argv)
     auto* workspace = qobject_cast<PythonWorkspaceManager*>(context.get_component("workspace_manager"));
     if (!workspace || !workspace->unavailableReason().isEmpty()) return 1;
     ImportData w(nullptr, &context, {}, path);
-    w.ui->comboBox_imgType->setCurrentText("16-bit Unsigned");
-    w.ui->checkBox_littleEndian->setChecked(true);
-    w.ui->comboBox_order->setCurrentText("C");
-    w.ui->spinBox_width->setValue(kWidth);
-    w.ui->spinBox_height->setValue(kHeight);
-    w.ui->spinBox_totalFrame->setValue(kFrames);
+    test::enterVolumePanel(w, {.layout = {.imgType = "16-bit Unsigned", .width = kWidth, .height = kHeight, .frame = kFrames,
+                                          .byteOrder = ByteOrder::Little, .readOrder = "C"}});
     w.ui->comboBox_out_format->setCurrentText("HWCD");
     // From what is resident before to the peak after: an earlier, higher peak
     // (the file's reading) must not hide a copy.

@@ -41,7 +41,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     p.width = spinBoxValue(in);
     p.height = spinBoxValue(in);
     p.frame = spinBoxValue(in);
-    p.littleEndian = in.ConsumeBool();
+    p.byteOrder = in.PickValueInArray({ByteOrder::Native, ByteOrder::Little, ByteOrder::Big});
     p.readOrder = in.ConsumeBool() ? "C" : "F";
     p.colorOrder = in.ConsumeBool() ? "ABCABC" : "AABBCC";
     const QString permute = in.PickValueInArray({"0,1,2", "0,2,1", "1,0,2", "1,2,0", "2,0,1", "2,1,0"});

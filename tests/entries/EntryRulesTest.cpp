@@ -1,5 +1,4 @@
 #include "toolboxes/importData/entries/VariableNames.h"
-#include "toolboxes/importData/entries/VolumeParams.h"
 
 #include <gtest/gtest.h>
 
@@ -16,13 +15,4 @@ TEST(VariableNames, TypedTextsBecomeUsablePythonNames)
     for (const auto& [typed, expected] : cases) EXPECT_EQ(validVariableName(typed), expected) << typed.toStdString();
     EXPECT_EQ(uniqueVariableName("cdata", {"cdata", "cdata_1"}), "cdata_2");
     EXPECT_EQ(uniqueVariableName("cdata", {"cdata_2"}), "cdata");
-}
-
-TEST(VolumeParams, MissingFieldsTakeTheRestoreFallbacks)
-{
-    EXPECT_TRUE(VolumeParams{}.isEmpty());
-    const VolumeParams partial = VolumeParams{.width = 7, .height = 9}.withFallbacks();
-    EXPECT_EQ(partial.width, 7);
-    EXPECT_EQ(partial.imgType, "8-bit");
-    EXPECT_EQ(VolumeParams{.gap = 1}.withFallbacks().width, 0); // not the 400 of a reset
 }

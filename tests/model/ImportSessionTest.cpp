@@ -42,10 +42,10 @@ protected:
     void openVolume(const QString& path, const VolumeParams& panel)
     {
         session.openRawFile(path);
-        session.decode(panel.layout());
-        session.transfer(*panel.permute, *panel.hflip, *panel.vflip);
-        session.addEntry(session.entries.uniqueName("cdata"), Mode::VolumeData, session.transferedData, std::nullopt,
-                         panel);
+        session.volume = panel;
+        session.decode();
+        session.transfer();
+        session.addEntry(session.entries.uniqueName("cdata"), Mode::VolumeData, session.transferedData, std::nullopt);
     }
     // What the window does with a filter: apply it, load, and take the stack.
     void filterAndLoad(const QString& wildcard)
@@ -60,7 +60,7 @@ protected:
         session.openFolder(folder);
         filterAndLoad(wildcard);
         session.addEntry(session.entries.uniqueName("data_imgs"), Mode::ImageSequence, session.selectedimageSequence,
-                         session.filteredList, {});
+                         session.filteredList);
     }
     void SetUp() override
     {
@@ -74,9 +74,7 @@ TEST_F(Session, EachRawLoadIsAnEntryThatComesBackWholeWhateverHappensOnDisk)
 {
     const QString first = rawFile("first.raw", 400 * 640, 5), second = rawFile("second.raw", 2 * 8 * 6 * 2, 1);
     openVolume(first, kStart);
-    VolumeParams panel = kStart;
-    panel.imgType = "16-bit Unsigned", panel.width = 8, panel.height = 6, panel.totalFrame = 2, panel.hflip = true;
-    openVolume(second, panel);
+    openVolume(second, {.layout = {"16-bit Unsigned", 0, 0, 8, 6, 2}, .transfer = {.hflip = true}});
     ASSERT_EQ(session.entries.size(), 2);
     EXPECT_EQ(session.entries.current(), 1);
 
@@ -102,15 +100,16 @@ TEST_F(Session, EachRawLoadIsAnEntryThatComesBackWholeWhateverHappensOnDisk)
 TEST_F(Session, TheCurrentEntryFollowsChangesButNotWhileANewSourceWaits)
 {
     openVolume(rawFile("v.raw", 400 * 640, 5), kStart);
-    session.transfer("1,0,2", false, false);
-    VolumeParams panel = kStart;
-    panel.permute = "1,0,2";
-    session.updateCurrentEntry(panel);
+    session.volume.transfer.permute = "1,0,2";
+    const VolumeParams panel = session.volume;
+    session.transfer();
+    session.updateCurrentEntry();
     EXPECT_EQ(session.entries.find(0)->record.data->shape(), (Shape{640, 1, 400, 1}));
     EXPECT_EQ(session.entries.find(0)->record.params, panel);
 
     session.openRawFile(rawFile("w.raw", 10, 1)); // waits for its own entry
-    session.updateCurrentEntry(kStart);
+    session.volume = kStart;
+    session.updateCurrentEntry();
     EXPECT_EQ(session.entries.find(0)->record.params, panel);
     EXPECT_TRUE(session.entries.find(0)->record.readedBinary->size() == 400 * 640);
 }
@@ -164,7 +163,7 @@ TEST_F(Session, ASequenceEntryKeepsItsOwnListStackAndImportAcrossFolders)
     session.selectEntry(0);
     session.setChecks({0, 2});
     session.takeChecked();
-    session.updateCurrentEntry({});
+    session.updateCurrentEntry();
     session.selectEntry(1);
     session.importEntry(0, "data_imgs", Mode::ImageSequence, workspace, "DHWC", false);
     EXPECT_EQ(frameValues(workspace.get_workspace_data().at("data_imgs")), (std::vector<int>{10, 12}));

@@ -8,6 +8,8 @@
 #include "../support/WaitUntil.h"
 
 #include <QImage>
+#include <QPointer>
+#include <QThread>
 
 #include <gtest/gtest.h>
 
@@ -96,7 +98,9 @@ TEST_F(LoadLifeCycle, DroppingTheSessionDuringALoadIsSafe)
     for (int i = 0; i < repetitions(); ++i) {
         auto session = sessionOn("*");
         for (int spin = 0; spin < i % 4; ++spin) QCoreApplication::processEvents(); // drop at varied points
+        const QPointer<QThread> thread = session->load._loader_thread;
         session.reset();
+        EXPECT_TRUE(thread.isNull()); // ended and gone with the session, not left running
     }
     QCoreApplication::processEvents(); // nothing of the dropped sessions may arrive
 }

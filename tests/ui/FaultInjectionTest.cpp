@@ -256,7 +256,7 @@ TEST(FaultInjection, ARawFileCutWhileOpenIsReportedNotCrashedOn)
     AppContext context;
     ImportData w(nullptr, &context);
     w.openFile(path);
-    w.ui->spinBox_totalFrame->setValue(3);
+    editVolumePanel(w, [](VolumeParams& p) { p.layout.frame = 3; });
     ASSERT_TRUE(QFile::resize(path, 1000));
     w.ui->spinBox_frame->setValue(3);
     EXPECT_TRUE(w.ui->statusbar->currentMessage().startsWith("The file changed on disk while open"));

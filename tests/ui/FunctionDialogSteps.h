@@ -6,6 +6,7 @@
 #include "toolboxes/importData/ui/ImportDataForm.h"
 
 #include "../support/TempFiles.h"
+#include "../support/VolumePanel.h"
 
 #include <QElapsedTimer>
 #include <QFileDialog>
@@ -19,19 +20,10 @@ namespace torvex::test {
 // Sets the raw-volume panel widget by widget, as a user would.
 inline void setVolumePanel(ImportData& w, const LoadFunctionParams& p)
 {
-    w.ui->comboBox_imgType->setCurrentText(p.imgType);
-    w.ui->spinBox_offset->setValue(p.offset);
-    w.ui->spinBox_gap->setValue(p.gap);
-    w.ui->spinBox_width->setValue(p.width);
-    w.ui->spinBox_height->setValue(p.height);
-    w.ui->spinBox_totalFrame->setValue(p.frame);
-    w.ui->checkBox_littleEndian->setChecked(p.littleEndian);
-    w.ui->checkBox_bigEndian->setChecked(p.bigEndian);
-    w.ui->comboBox_order->setCurrentText(p.readOrder);
-    w.ui->comboBox_colorOrder->setCurrentText(p.colorOrder);
-    w.ui->comboBox_permute->setCurrentText(p.permute);
-    w.ui->checkBox_hflip->setChecked(p.hflip);
-    w.ui->checkBox_vflip->setChecked(p.vflip);
+    enterVolumePanel(w, {.layout = {.imgType = p.imgType, .offset = p.offset, .gap = p.gap, .width = p.width,
+                                    .height = p.height, .frame = p.frame, .byteOrder = p.byteOrder(),
+                                    .readOrder = p.readOrder, .colorOrder = p.colorOrder},
+                         .transfer = p.transfer()});
     w.ui->comboBox_out_format->setCurrentText(p.data_format);
     w.ui->checkBox_keepc->setChecked(p.keep_c_on_gray);
 }

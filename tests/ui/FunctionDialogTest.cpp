@@ -182,8 +182,9 @@ TEST(FunctionDialog, FailedGenerationIsReportedAndOpensNoDialog)
 {
     ImportData w;
     QStringList boxes;
-    w.ui->comboBox_imgType->setEditable(true);
-    w.ui->comboBox_imgType->setCurrentText("12-bit Packed");
+    auto* type = volumePanelWidget<QComboBox>(w, [](VolumeParams& p) { p.layout.imgType = "?"; });
+    type->setEditable(true);
+    type->setCurrentText("12-bit Packed");
     play(w, {messageBox(boxes)});
     // An image sequence needs an entry to name its folder.
     w.ui->comboBox_outputType->setCurrentText("Image Sequence");

@@ -30,12 +30,14 @@ TEST(GuessWindow, FillsThePanelSoThatAllBytesMatchOrLeavesItAlone)
     w.ui->pushButton_guess->click();
     EXPECT_EQ(w.ui->statusbar->currentMessage(),
               "Guessed 16-bit Unsigned, 96 x 64 x 3, big endian, from the file size and the data");
-    EXPECT_TRUE(w.ui->checkBox_bigEndian->isChecked() && !w.ui->checkBox_littleEndian->isChecked());
+    EXPECT_EQ(w._captureVolumeParams(),
+              (VolumeParams{.layout = {.imgType = "16-bit Unsigned", .width = 96, .height = 64, .frame = 3,
+                                       .byteOrder = ByteOrder::Big, .readOrder = "C"}}));
     EXPECT_EQ(w._bytes_badge->text(), QString::fromUtf8("\u2714\u00a0All bytes matched"));
     ASSERT_TRUE(w.transferedData);
     EXPECT_EQ(w.transferedData->shape(), (Shape{3, 64, 96, 1}));
     ASSERT_EQ(w.ui->listWidget_data->count(), 1);
-    EXPECT_EQ(w.ui->listWidget_data->item(0)->data(Qt::UserRole).value<DataEntry>().params->width, 96);
+    EXPECT_EQ(w.ui->listWidget_data->item(0)->data(Qt::UserRole).value<DataEntry>().params->layout.width, 96);
 
     // Noise, and no file at all: a reason, and the panel as it was.
     std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<char>(noise()); });

@@ -8,7 +8,9 @@
 
 #include "../support/ModalWatcher.h"
 #include "../support/TempFiles.h"
+#include "../support/VolumePanel.h"
 
+#include <QCheckBox>
 #include <QDir>
 #include <QDropEvent>
 #include <QLabel>
@@ -73,16 +75,16 @@ TEST_F(VolumeWindow, OpeningAFileDecodesShowsTheBadgeAndMakesOneEntry)
     EXPECT_EQ(w.ui->listWidget_data->item(0)->text(), "cdata");
 
     // Later panel changes update the entry instead of adding one.
-    w.ui->spinBox_height->setValue(320);
+    test::editVolumePanel(w, [](VolumeParams& p) { p.layout.height = 320; });
     EXPECT_EQ(w._bytes_badge->text(), QString::fromUtf8("\u26a0\u00a0+128000 B"));
     EXPECT_EQ(w.ui->listWidget_data->count(), 1);
-    EXPECT_EQ(w.ui->listWidget_data->item(0)->data(Qt::UserRole).value<DataEntry>().params->height, 320);
+    EXPECT_EQ(w.ui->listWidget_data->item(0)->data(Qt::UserRole).value<DataEntry>().params->layout.height, 320);
 
     // Two frames of 320 rows, permuted to 320 frames of 2 rows.
-    w.ui->spinBox_totalFrame->setValue(2);
+    test::editVolumePanel(w, [](VolumeParams& p) { p.layout.frame = 2; });
     EXPECT_EQ(w.ui->label_totalFrame->text(), "/ 2");
     w.ui->spinBox_frame->setValue(2);
-    w.ui->comboBox_permute->setCurrentText("1,0,2");
+    test::editVolumePanel(w, [](VolumeParams& p) { p.transfer.permute = "1,0,2"; });
     EXPECT_EQ(w.transferedData->shape(), (Shape{320, 2, 400, 1}));
     EXPECT_EQ(w.ui->spinBox_frame->maximum(), 320);
     EXPECT_EQ(w.ui->spinBox_frame->value(), 2);
@@ -94,10 +96,9 @@ TEST_F(VolumeWindow, OpeningAFileDecodesShowsTheBadgeAndMakesOneEntry)
 TEST_F(VolumeWindow, BadParametersAndBadFilesReport)
 {
     ImportData w(nullptr, nullptr, {}, exactFile);
-    w.ui->spinBox_totalFrame->setValue(1000000);
+    test::editVolumePanel(w, [](VolumeParams& p) { p.layout.frame = 1000000; });
     EXPECT_EQ(status(w), "Error: The image data is not complete");
-    w.ui->spinBox_totalFrame->setValue(1);
-    w.ui->spinBox_width->setValue(0);
+    test::editVolumePanel(w, [](VolumeParams& p) { p.layout.frame = 1, p.layout.width = 0; });
     EXPECT_TRUE(w._bytes_badge->isHidden());
 
     test::ModalWatcher watcher;
@@ -118,14 +119,8 @@ TEST_F(VolumeWindow, EachLoadIsARowThatBringsItsPanelBackUnderAPythonName)
 {
     ImportData w(nullptr, nullptr, {}, exactFile);
     w.openFile(second);
-    w.ui->comboBox_imgType->setCurrentText("16-bit Unsigned");
-    w.ui->spinBox_width->setValue(8);
-    w.ui->spinBox_height->setValue(6);
-    w.ui->spinBox_totalFrame->setValue(2);
-    w.ui->checkBox_hflip->setChecked(true);
-    w.ui->checkBox_littleEndian->setChecked(true);
-    w.ui->checkBox_bigEndian->setChecked(true); // the byte orders exclude each other
-    EXPECT_FALSE(w.ui->checkBox_littleEndian->isChecked());
+    const VolumeParams edited{.layout = {"16-bit Unsigned", 0, 0, 8, 6, 2, ByteOrder::Big}, .transfer = {.hflip = true}};
+    test::enterVolumePanel(w, edited);
     ASSERT_EQ(w.ui->listWidget_data->count(), 2);
     EXPECT_EQ(w.ui->listWidget_data->item(1)->text(), "cdata_1");
     EXPECT_EQ(w.ui->label_data_mode->text(), ""); // a new entry is current before it holds data
@@ -133,22 +128,12 @@ TEST_F(VolumeWindow, EachLoadIsARowThatBringsItsPanelBackUnderAPythonName)
     w.ui->spinBox_frame->setValue(2);
     w.ui->listWidget_data->setCurrentRow(0);
     EXPECT_EQ(w.ui->label_data_mode->text(), "Volume Data");
-    EXPECT_EQ(w.ui->spinBox_width->value(), 400);
-    EXPECT_EQ(w.ui->comboBox_imgType->currentText(), "8-bit");
-    EXPECT_FALSE(w.ui->checkBox_hflip->isChecked());
-    EXPECT_FALSE(w.ui->checkBox_bigEndian->isChecked());
+    EXPECT_EQ(w._captureVolumeParams(), VolumeParams::resetValues());
     EXPECT_EQ(w.ui->lineEdit_files_folder->text(), exactFile);
     EXPECT_EQ(status(w), exactFile);
 
     w.ui->listWidget_data->setCurrentRow(1);
-    EXPECT_EQ(w.ui->comboBox_imgType->currentText(), "16-bit Unsigned");
-    EXPECT_TRUE(w.ui->checkBox_hflip->isChecked());
-    EXPECT_TRUE(w.ui->checkBox_bigEndian->isChecked());
-    // A snapshot from before the big-endian box existed reads as unchecked.
-    VolumeParams older = VolumeParams::resetValues();
-    older.bigEndian.reset();
-    w._restoreVolumeParams(older);
-    EXPECT_FALSE(w.ui->checkBox_bigEndian->isChecked());
+    EXPECT_EQ(w._captureVolumeParams(), edited);
     EXPECT_EQ(w.ui->spinBox_frame->value(), 1);
     EXPECT_EQ(w.ui->label_totalFrame->text(), "/ 2");
 
@@ -209,14 +194,33 @@ TEST_F(VolumeWindow, DropsRouteByWhatIsDroppedAndNothingUsableIsIgnored)
     }
 }
 
+// Each panel widget writes and reads its own field, quietly: a record unlike the
+// defaults in every field comes back whole with nothing decoded, an empty one
+// leaves the panel alone, and the fields a record lacks restore their defaults.
+TEST_F(VolumeWindow, ThePanelGivesBackEveryFieldOfTheRecordItRestores)
+{
+    ImportData w(nullptr, nullptr, {}, exactFile);
+    const VolumeParams record{.layout = {"32-bit Real", 3, 5, 7, 9, 2, ByteOrder::Big, "C", "ABCABC"},
+                              .transfer = {"2,0,1", true, true}};
+    for (const auto& restored : {std::optional(record), std::optional<VolumeParams>(), std::optional(record)}) {
+        w._restoreVolumeParams(restored);
+        EXPECT_EQ(w._captureVolumeParams(), record);
+        EXPECT_EQ(w.prasedData->shape(), (Shape{1, 640, 400, 1}));
+    }
+    // The byte-order boxes exclude each other.
+    test::volumePanelWidget<QCheckBox>(w, [](VolumeParams& p) { p.layout.byteOrder = ByteOrder::Little; })->click();
+    EXPECT_EQ(w._captureVolumeParams().layout.byteOrder, ByteOrder::Little);
+    w._restoreVolumeParams(VolumeParams{.layout = {.width = 7}});
+    EXPECT_EQ(w._captureVolumeParams(), VolumeParams{.layout = {.width = 7}});
+}
+
 TEST_F(VolumeWindow, ReadoutFollowsTheMouseLevelsChangeTheDisplayOnlyDoubleClickFits)
 {
     // Two 8-bit frames of 400 x 640, column x holding x % 200, plus 50 in the second.
     QByteArray bytes(2 * 400 * 640, 0);
     for (int i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<char>(i % 400 % 200 + (i >= 400 * 640 ? 50 : 0));
     ImportData w(nullptr, nullptr, {}, test::writeFile(dir.filePath("ramp.raw"), bytes));
-    w.ui->comboBox_order->setCurrentText("C");
-    w.ui->spinBox_totalFrame->setValue(2);
+    test::editVolumePanel(w, [](VolumeParams& p) { p.layout.readOrder = "C", p.layout.frame = 2; });
     w.resize(900, 700);
     w.show();
     QApplication::processEvents();

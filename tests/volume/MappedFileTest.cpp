@@ -56,7 +56,7 @@ TEST(Progress, CancelledPassesLeaveNothingBehind)
     EXPECT_THROW(copyWithProgress(stack, stopAtHalf), Cancelled);
     for (const RawLayout& copied : {RawLayout{.imgType = "1-bit Bitmap", .width = kSide, .height = 8, .frame = 4096},
                                     RawLayout{.imgType = "32-bit ARGB", .width = kSide, .height = kSide / 4, .frame = 4,
-                                              .littleEndian = true, .colorOrder = "ABCABC"}})
+                                              .byteOrder = ByteOrder::Little, .colorOrder = "ABCABC"}})
         EXPECT_THROW(decodeRawVolume(file->bytes(), copied, stopAtHalf), Cancelled) << copied.imgType.toStdString();
     file.reset(); // the views alone hold the map now
     const QString fresh = dir.filePath("fresh.npy"), old = test::writeFile(dir.filePath("old.npy"), "earlier");

@@ -43,7 +43,8 @@ void CommandLineRun::afterFirstLoad()
     for (const QMetaObject::Connection& c : std::as_const(loadWatch_)) disconnect(c);
     loadWatch_.clear();
     ImportData* tool = window_.importData();
-    if (options_.guess && tool->readedBinary) tool->onGuessLayout();
+    // As a click of the button would: Guess is the window's own handler.
+    if (options_.guess && tool->readedBinary) tool->ui->pushButton_guess->click();
     if (options_.import) importEntry();
     if (options_.script.isEmpty()) return finish(0);
     runScript();

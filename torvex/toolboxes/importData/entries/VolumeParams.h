@@ -2,39 +2,17 @@
 
 #include "toolboxes/importData/volume/RawLayout.h"
 
-#include <QString>
-
-#include <optional>
-
 namespace torvex {
 
-// The twelve panel settings that say how a raw file is read and shown. A field
-// may be missing; restoring such a record writes the field's fallback value.
+// The raw-volume panel's settings as one value: how a raw file is read and how
+// its axes are turned. A stored record lacking a field holds its default.
 struct VolumeParams {
-    std::optional<QString> imgType;
-    std::optional<int> offset;
-    std::optional<int> gap;
-    std::optional<int> width;
-    std::optional<int> height;
-    std::optional<int> totalFrame;
-    std::optional<bool> littleEndian;
-    std::optional<QString> order;
-    std::optional<QString> colorOrder;
-    std::optional<QString> permute;
-    std::optional<bool> hflip;
-    std::optional<bool> vflip;
-    std::optional<bool> bigEndian; // beside the panel's twelve; missing in older snapshots
+    RawLayout layout;
+    AxisTransfer transfer;
 
-    // The panel's start values, for a newly opened file.
-    static VolumeParams resetValues();
-    // Whether no field is present at all.
-    bool isEmpty() const;
-    // Every field present, missing ones taken from the fallbacks of a restore
-    // (which differ from the start values at width and height: 0, not 400 by 640).
-    VolumeParams withFallbacks() const;
-
-    // How these settings read a raw file (missing fields from the fallbacks).
-    RawLayout layout() const;
+    // The panel's start values, for a newly opened file (400 by 640, where a
+    // record lacking width and height restores 0).
+    static VolumeParams resetValues() { return {.layout = {.width = 400, .height = 640}}; }
 
     bool operator==(const VolumeParams&) const = default;
 };

@@ -7,8 +7,8 @@
 namespace torvex {
 
 // The panel settings that the generated load_data text repeats. Field names
-// follow the generated Python's keyword names, so they differ from
-// VolumeParams where that record says totalFrame and order.
+// follow the generated Python's keyword names; the layout's defaults are the
+// generator's own, except the type and the size, which it takes as given.
 struct LoadFunctionParams {
     QString imgType = "";
     int offset = 0;
@@ -17,9 +17,9 @@ struct LoadFunctionParams {
     int height = 0;
     int frame = 0;
     bool littleEndian = false;
-    QString readOrder = "F";
-    QString colorOrder = "AABBCC";
-    QString permute = "0,1,2";
+    QString readOrder = RawLayout().readOrder;
+    QString colorOrder = RawLayout().colorOrder;
+    QString permute = AxisTransfer().permute;
     bool hflip = false;
     bool vflip = false;
     QString data_format = "DHWC";
@@ -28,6 +28,9 @@ struct LoadFunctionParams {
 
     // The panel's settings with the import's axis order.
     static LoadFunctionParams from(const VolumeParams& panel, const QString& data_format, bool keep_c_on_gray);
+    // The byte order these settings read in: big-endian wins over little.
+    ByteOrder byteOrder() const;
+    AxisTransfer transfer() const { return {.permute = permute, .hflip = hflip, .vflip = vflip}; }
 };
 
 } // namespace torvex

@@ -66,7 +66,9 @@ QString grayLoadBody(const ImageType& type, const LoadFunctionParams& p)
 {
     const QString bpp = QString::number(type.bytesPerPixel());
     // 8-bit gets the suffix too: the generated text treats all gray types alike.
-    const QString byteOrder = p.bigEndian ? ".newbyteorder('>')" : p.littleEndian ? ".newbyteorder('<')" : "";
+    const QString byteOrder = p.byteOrder() == ByteOrder::Big      ? ".newbyteorder('>')"
+                              : p.byteOrder() == ByteOrder::Little ? ".newbyteorder('<')"
+                                                                   : "";
     const QString dtypeExpr = "np.dtype(np." + QString::fromStdString(dtypeName(type.dtype)) + ")" + byteOrder;
     if (p.gap == 0) {
         // Without gaps the file maps in one piece and copies out in one read.
@@ -129,7 +131,7 @@ QString colorLoadBody(const ImageType& type, const LoadFunctionParams& p)
     if (p.colorOrder == "ABCABC") {
         reshapeLine = "_arr = np.frombuffer(_raw, dtype=np.uint8).reshape((frame, height, width, " + nCh
                       + "), order=readOrder)";
-        chCode = interleavedChannelCode(colorType, p.littleEndian && !p.bigEndian);
+        chCode = interleavedChannelCode(colorType, p.byteOrder() == ByteOrder::Little);
         chStack = type.channels == 3 ? "prasedData = np.stack([r,g,b], axis=-1)" : "prasedData = np.stack([r,g,b,a], axis=-1)";
     } else {
         reshapeLine = "_pl = (np.frombuffer(_raw, dtype=np.uint8).reshape((frame, " + nCh
@@ -262,7 +264,7 @@ QString volumeLoadFunctionText(const LoadFunctionParams& p)
     QString helperFunctions;
     QString transferParams;
     QString transferCall;
-    if (p.permute != "0,1,2" || p.hflip || p.vflip) {
+    if (p.transfer() != AxisTransfer()) {
         helperFunctions += imageTransferHelper();
         transferCall = "prasedData = _imgTransfer(prasedData, permute, hflip, vflip)";
         transferParams = rows({

@@ -122,23 +122,23 @@ std::optional<QString> ImportSession::unreachableFilesNotice() const
            (unreachableFiles.size() > shown ? ", …" : "");
 }
 
-void ImportSession::decode(const RawLayout& layout, const Progress& progress)
+void ImportSession::decode(const Progress& progress)
 {
-    if (!findImageType(layout.imgType)) return;
+    if (!findImageType(volume.layout.imgType)) return;
     try {
-        prasedData = decodeRawVolume(readedBinary.value_or(QByteArray()), layout, progress);
+        prasedData = decodeRawVolume(readedBinary.value_or(QByteArray()), volume.layout, progress);
     } catch (...) {
         prasedData.reset();
         throw;
     }
 }
 
-void ImportSession::transfer(const QString& permute, bool hflip, bool vflip)
+void ImportSession::transfer()
 {
     keepDecoded();
     if (!prasedData) return;
     try {
-        transferedData = transferAxes(*prasedData, permute, hflip, vflip);
+        transferedData = transferAxes(*prasedData, volume.transfer.permute, volume.transfer.hflip, volume.transfer.vflip);
     } catch (...) {
         transferedData.reset();
         throw;
@@ -171,7 +171,7 @@ bool ImportSession::acceptLoad(int load_id, const NdArray& image_sequence)
     selectedimageSequence = image_sequence;
     // A new filter's stack belongs to the sequence entry that shows its list.
     const EntryStore::Entry* entry = entries.find(entries.current());
-    if (entry && modeOfText(entry->record.mode) == Mode::ImageSequence) updateCurrentEntry({});
+    if (entry && modeOfText(entry->record.mode) == Mode::ImageSequence) updateCurrentEntry();
     return true;
 }
 
@@ -205,7 +205,7 @@ void ImportSession::checkRange(int first, int last)
 }
 
 int ImportSession::addEntry(const QString& name, Mode mode, const std::optional<NdArray>& data,
-                            const std::optional<QStringList>& file_list, const VolumeParams& panel)
+                            const std::optional<QStringList>& file_list)
 {
     DataEntry record{.mode = modeText(mode), .data = data, .file_list = file_list, .checked_indexes = checkedIndexes,
                      .image_sequence = imageSequence};
@@ -213,7 +213,7 @@ int ImportSession::addEntry(const QString& name, Mode mode, const std::optional<
         record.readedBinary = readedBinary;
         record.mappedFile = _mapped_file;
         record.file_path = _current_file_path;
-        record.params = panel;
+        record.params = volume;
     }
     const bool sequence = mode == Mode::ImageSequence;
     const int row = entries.add({name, record, sequence ? fileList : std::nullopt, sequence && naturalOrder});
@@ -222,7 +222,7 @@ int ImportSession::addEntry(const QString& name, Mode mode, const std::optional<
     return row;
 }
 
-void ImportSession::updateCurrentEntry(const VolumeParams& panel)
+void ImportSession::updateCurrentEntry()
 {
     if (_pending_add_entry) return; // the data shown has no entry yet
     const EntryStore::Entry* entry = entries.find(entries.current());
@@ -235,7 +235,7 @@ void ImportSession::updateCurrentEntry(const VolumeParams& panel)
         record.readedBinary = readedBinary;
         record.mappedFile = _mapped_file;
         record.file_path = _current_file_path;
-        record.params = panel;
+        record.params = volume;
     } else {
         record.data = selectedimageSequence;
         record.image_sequence = imageSequence;

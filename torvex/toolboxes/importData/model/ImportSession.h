@@ -7,7 +7,6 @@
 #include "toolboxes/importData/volume/NdArray.h"
 #include "toolboxes/importData/volume/Progress.h"
 #include "toolboxes/importData/volume/RawFile.h"
-#include "toolboxes/importData/volume/RawLayout.h"
 
 #include <QByteArray>
 #include <QList>
@@ -44,6 +43,8 @@ public:
     std::optional<QString> _current_file_path;  // the raw file behind readedBinary
     bool naturalOrder = false;                  // image files in the natural order of their names
     QStringList unreachableFiles;               // names in the open folder that its listing left out
+    // How the raw bytes are decoded and the decoded axes turned; the window's panel mirrors it.
+    VolumeParams volume = VolumeParams::resetValues();
     ImageLoad load;
     EntryStore entries;
 
@@ -63,12 +64,12 @@ public:
     // then be applied anew.
     void setNaturalOrder(bool natural);
 
-    // Decodes the raw bytes by `layout`; an unknown type changes nothing. A
-    // failure or a cancel (see Progress) leaves no decoded array and is thrown.
-    void decode(const RawLayout& layout, const Progress& progress = {});
-    // The decoded array with the panel's permutation and flips applied to it
+    // Decodes the raw bytes by the volume's layout; an unknown type changes
+    // nothing. A failure or a cancel (see Progress) leaves no decoded array and is thrown.
+    void decode(const Progress& progress = {});
+    // The decoded array with the volume's permutation and flips applied to it
     // (views: no pixel is copied). A failure leaves none and is thrown.
-    void transfer(const QString& permute, bool hflip, bool vflip);
+    void transfer();
     // The decoded array shown as it is.
     void keepDecoded() { transferedData = prasedData; }
 
@@ -103,12 +104,12 @@ public:
     void checkRange(int first, int last);
 
     // Makes the entry of a new source under `name` from the current fields
-    // and makes it current; `panel` is kept for a Volume Data entry.
+    // and makes it current; a Volume Data entry keeps the volume's settings.
     int addEntry(const QString& name, Mode mode, const std::optional<NdArray>& data,
-                 const std::optional<QStringList>& file_list, const VolumeParams& panel);
+                 const std::optional<QStringList>& file_list);
     // Writes the current fields into the current entry, unless a new source
     // still waits for its own entry.
-    void updateCurrentEntry(const VolumeParams& panel);
+    void updateCurrentEntry();
     // Makes a row current and, if it holds an entry, brings back that entry's
     // data, source and checks. Returns the entry, or nullptr.
     const EntryStore::Entry* selectEntry(int row);

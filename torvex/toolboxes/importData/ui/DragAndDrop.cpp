@@ -32,7 +32,7 @@ void ImportData::dragEnterEvent(QDragEnterEvent* event)
         for (const QUrl& url : event->mimeData()->urls()) {
             if (isExistingLocal(url)) {
                 event->acceptProposedAction();
-                ui->statusbar->showMessage("Drop to load file/folder...", 2000);
+                _showStatus(StatusTone::Info, "Drop to load file/folder...", 2000);
                 return;
             }
         }
@@ -46,19 +46,19 @@ void ImportData::dragMoveEvent(QDragMoveEvent* event)
     else event->ignore();
 }
 
-void ImportData::dragLeaveEvent(QDragLeaveEvent*) { ui->statusbar->showMessage("Ready", 2000); }
+void ImportData::dragLeaveEvent(QDragLeaveEvent*) { _showStatus(StatusTone::Info, "Ready", 2000); }
 
 void ImportData::dropEvent(QDropEvent* event)
 {
     try {
         if (!event->mimeData()->hasUrls()) {
-            ui->statusbar->showMessage("Error: No valid file data", 5000);
+            _showStatus(StatusTone::Error, "Error: No valid file data", 5000);
             event->ignore();
             return;
         }
         const QList<QUrl> urls = event->mimeData()->urls();
         if (urls.isEmpty()) {
-            ui->statusbar->showMessage("Error: No files dropped", 5000);
+            _showStatus(StatusTone::Error, "Error: No files dropped", 5000);
             event->ignore();
             return;
         }
@@ -69,7 +69,7 @@ void ImportData::dropEvent(QDropEvent* event)
             (QFileInfo(path).isDir() ? folderPaths : filePaths) << path;
         }
         if (filePaths.isEmpty() && folderPaths.isEmpty()) {
-            ui->statusbar->showMessage("Error: No valid files or folders", 5000);
+            _showStatus(StatusTone::Error, "Error: No valid files or folders", 5000);
             event->ignore();
             return;
         }
@@ -77,26 +77,26 @@ void ImportData::dropEvent(QDropEvent* event)
         _session.resetSource();
         if (filePaths.isEmpty()) {
             ui->comboBox_outputType->setCurrentIndex(1);
-            ui->statusbar->showMessage("Loading folder: " + folderPaths.first(), 3000);
+            _showStatus(StatusTone::Info, "Loading folder: " + folderPaths.first(), 3000);
             openFile(folderPaths.first());
         } else if (filePaths.size() == 1 && folderPaths.isEmpty()) {
             // One still image goes to the image list, so it never reaches the raw decoder.
             const QString baseName = QFileInfo(filePaths.first()).fileName();
             if (imageExtensions().contains(pythonExtension(filePaths.first()).toLower())) {
                 ui->comboBox_outputType->setCurrentIndex(1);
-                ui->statusbar->showMessage("Loading image: " + baseName, 3000);
+                _showStatus(StatusTone::Info, "Loading image: " + baseName, 3000);
                 openFileList(filePaths);
             } else {
                 _openRawFile(filePaths.first());
             }
         } else {
             ui->comboBox_outputType->setCurrentIndex(1);
-            ui->statusbar->showMessage("Loading " + QString::number(filePaths.size()) + " files...", 3000);
+            _showStatus(StatusTone::Info, "Loading " + QString::number(filePaths.size()) + " files...", 3000);
             openFileList(filePaths);
         }
         event->acceptProposedAction();
     } catch (const std::exception& e) {
-        ui->statusbar->showMessage("Error loading dropped item: " + QString::fromStdString(e.what()), 5000);
+        _showStatus(StatusTone::Error, "Error loading dropped item: " + QString::fromStdString(e.what()), 5000);
         event->ignore();
     }
 }

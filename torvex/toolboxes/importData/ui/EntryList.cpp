@@ -31,13 +31,13 @@ QListWidgetItem* ImportData::_addDataEntry(const QString& default_name, const QS
     // and leaves the window as it is.
     ui->listWidget_data->setCurrentItem(item);
     const Mode entryMode = modeOfText(mode).value_or(Mode::ImageSequence);
-    _showEntryRow(_session.addEntry(name, entryMode, data, file_list, _captureVolumeParams()));
+    _showEntryRow(_session.addEntry(name, entryMode, data, file_list));
     return item;
 }
 
 void ImportData::_updateCurrentItemData()
 {
-    _session.updateCurrentEntry(_captureVolumeParams());
+    _session.updateCurrentEntry();
     _showEntryRow(_session.entries.current());
 }
 
@@ -54,7 +54,7 @@ void ImportData::onDataItemSelected(QListWidgetItem* current, QListWidgetItem*)
     const int page = mode == Mode::VolumeData ? 0 : 1;
     QString path;
     if (mode == Mode::VolumeData) {
-        _restoreVolumeParams(record.params.value_or(VolumeParams{}));
+        _restoreVolumeParams(record.params);
         path = _current_file_path.value_or(QString());
     } else {
         {
@@ -77,7 +77,7 @@ void ImportData::onDataItemSelected(QListWidgetItem* current, QListWidgetItem*)
     ui->stackedWidget->setCurrentIndex(page);
     ui->stackedWidget_preview->setCurrentIndex(page);
     ui->lineEdit_files_folder->setText(path);
-    ui->statusbar->showMessage(path, 5000);
+    _showStatus(StatusTone::Info, path, 5000);
     _setFrameQuietly(1);
     _refreshPreview();
 }

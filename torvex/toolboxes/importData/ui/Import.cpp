@@ -42,7 +42,7 @@ void ImportData::onImport()
         if (!runWithProgress(this, "Importing " + name + "…", [&](const Progress& progress) {
                 array = ImportSession::importArray(source, format, keepChannel, progress);
             })) {
-            ui->statusbar->showMessage("Import cancelled", 5000);
+            _showStatus(StatusTone::Info, "Import cancelled", 5000);
             return;
         }
         ImportSession::handOver(*manager, name, array);

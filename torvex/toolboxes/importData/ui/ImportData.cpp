@@ -2,16 +2,19 @@
 
 #include "toolboxes/importData/ui/LevelsHistogram.h"
 #include "toolboxes/importData/ui/PreviewSurface.h"
-#include "toolboxes/importData/ui/StatusTone.h"
+#include "toolboxes/importData/ui/VolumePanelBindings.h"
 #include "toolboxes/importData/volume/ByteBalance.h"
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QLabel>
 #include <QMenu>
 #include <QPalette>
 #include <QSignalBlocker>
 #include <QStatusBar>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace torvex {
 
@@ -26,7 +29,7 @@ ImportData::ImportData(QWidget* parent, AppContext* app_context, const QString& 
     setMinimumSize(0, 0);
     ui->centralwidget->setMinimumSize(0, 0);
     _layOutColumns();
-    ui->statusbar->showMessage("Ready", 5000);
+    _buildStatusStrip();
     setWindowTitle("Import Data");
     setWindowIcon(getIcon("windowIcon"));
 
@@ -35,6 +38,29 @@ ImportData::ImportData(QWidget* parent, AppContext* app_context, const QString& 
     setContextMenuPolicy(Qt::PreventContextMenu);
     ui->pushButton_import->setIcon(getIcon("windowIcon"));
 
+    _showFrameSlider(false);
+    connect(ui->horizontalSlider_frame, &QSlider::valueChanged, ui->spinBox_frame, &QSpinBox::setValue);
+    connect(ui->spinBox_frame, &QSpinBox::valueChanged, ui->horizontalSlider_frame, &QSlider::setValue);
+    connect(ui->spinBox_frame, &QSpinBox::valueChanged, this, &ImportData::onFrameChanged);
+    connect(ui->comboBox_outputType, &QComboBox::currentIndexChanged, this, &ImportData::onParametersChanged);
+    _connectVolumePanel();
+    _connectSequencePanel();
+    _connectEntries();
+    _buildPreviews();
+
+    if (folderMode) {
+        ui->comboBox_outputType->setCurrentIndex(1);
+        ui->comboBox_outputType->setEnabled(false);
+        ui->stackedWidget_preview->setCurrentIndex(1);
+    }
+    _buildMenus();
+    connect(ui->lineEdit_files_folder, &QLineEdit::textChanged, this, &ImportData::sourceChanged);
+    if (!filePath.isEmpty()) openFile(filePath);
+    setAcceptDrops(true);
+}
+
+void ImportData::_buildStatusStrip()
+{
     _pixel_info_label = new QLabel;
     _pixel_info_label->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     _pixel_info_label->setStyleSheet("color: #ffffff; font-size: 9pt; padding-right: 6px;");
@@ -43,38 +69,45 @@ ImportData::ImportData(QWidget* parent, AppContext* app_context, const QString& 
     _bytes_badge->hide();
     ui->statusbar->addPermanentWidget(_pixel_info_label);
     ui->statusbar->addPermanentWidget(_bytes_badge);
-    _toneStatus(ui->statusbar->currentMessage());
     connect(ui->statusbar, &QStatusBar::messageChanged, this, &ImportData::_toneStatus);
+    _showStatus(StatusTone::Info, "Ready", 5000);
+}
 
-    _showFrameSlider(false);
-
-    connect(ui->horizontalSlider_frame, &QSlider::valueChanged, ui->spinBox_frame, &QSpinBox::setValue);
-    connect(ui->spinBox_frame, &QSpinBox::valueChanged, ui->horizontalSlider_frame, &QSlider::setValue);
-    connect(ui->spinBox_frame, &QSpinBox::valueChanged, this, &ImportData::onFrameChanged);
-    connect(ui->comboBox_outputType, &QComboBox::currentIndexChanged, this, &ImportData::onParametersChanged);
-    connect(ui->comboBox_imgType, &QComboBox::currentIndexChanged, this, &ImportData::onParametersChanged);
-    connect(ui->spinBox_offset, &QSpinBox::valueChanged, this, &ImportData::onParametersChanged);
-    connect(ui->spinBox_gap, &QSpinBox::valueChanged, this, &ImportData::onParametersChanged);
-    connect(ui->spinBox_width, &QSpinBox::valueChanged, this, &ImportData::onParametersChanged);
-    connect(ui->spinBox_height, &QSpinBox::valueChanged, this, &ImportData::onParametersChanged);
-    connect(ui->spinBox_totalFrame, &QSpinBox::valueChanged, this, &ImportData::onTotalFrameChanged);
-    connect(ui->spinBox_totalFrame, &QSpinBox::valueChanged, this, &ImportData::onParametersChanged);
-    connect(ui->comboBox_permute, &QComboBox::currentIndexChanged, this, &ImportData::onImgTransferChanged);
-    connect(ui->checkBox_hflip, &QCheckBox::stateChanged, this, &ImportData::onImgTransferChanged);
-    connect(ui->checkBox_vflip, &QCheckBox::stateChanged, this, &ImportData::onImgTransferChanged);
-    connect(ui->comboBox_order, &QComboBox::currentIndexChanged, this, &ImportData::onParametersChanged);
-    connect(ui->comboBox_colorOrder, &QComboBox::currentIndexChanged, this, &ImportData::onParametersChanged);
-    // The two byte orders exclude each other. Connected first, so the panel
-    // is consistent when it is read; the box unchecked for it stays quiet.
-    for (auto [box, other] : {std::pair{ui->checkBox_littleEndian, ui->checkBox_bigEndian},
-                              std::pair{ui->checkBox_bigEndian, ui->checkBox_littleEndian}})
-        connect(box, &QCheckBox::stateChanged, this, [other = other](int state) {
-            const QSignalBlocker block(other);
-            if (state == Qt::Checked) other->setChecked(false);
+void ImportData::_connectVolumePanel()
+{
+    const std::vector<VolumePanelBinding>& table = volumePanelBindings();
+    for (const VolumePanelBinding& row : table) {
+        auto* widget = ui->centralwidget->findChild<QWidget*>(row.widget);
+        Q_ASSERT_X(widget, row.widget, "a row of the panel's table without its widget in the form");
+        _volumePanel << widget;
+    }
+    // Of exclusive boxes, checking one unchecks the others. Connected first,
+    // so that the panel is consistent when it is read; a box unchecked for it stays quiet.
+    QList<QCheckBox*> exclusive;
+    for (size_t i = 0; i < table.size(); ++i)
+        if (table[i].exclusive) exclusive << qobject_cast<QCheckBox*>(_volumePanel[i]);
+    for (QCheckBox* box : exclusive)
+        connect(box, &QCheckBox::stateChanged, this, [box, exclusive](int state) {
+            if (state != Qt::Checked) return;
+            for (QCheckBox* other : exclusive) {
+                const QSignalBlocker block(other);
+                if (other != box) other->setChecked(false);
+            }
         });
-    connect(ui->checkBox_littleEndian, &QCheckBox::stateChanged, this, &ImportData::onParametersChanged);
-    connect(ui->checkBox_bigEndian, &QCheckBox::stateChanged, this, &ImportData::onParametersChanged);
+    _session.volume = _captureVolumeParams();
+    for (size_t i = 0; i < table.size(); ++i) {
+        // The session takes the panel's settings first: the reactions read them there.
+        onPanelValueChanged(_volumePanel[i], this, [this] { _session.volume = _captureVolumeParams(); });
+        if (table[i].restartsFrames) onPanelValueChanged(_volumePanel[i], this, [this] { onTotalFrameChanged(); });
+        if (table[i].reaction == VolumePanelBinding::Reaction::Transfer)
+            onPanelValueChanged(_volumePanel[i], this, [this] { onImgTransferChanged(); });
+        else onPanelValueChanged(_volumePanel[i], this, [this] { onParametersChanged(); });
+    }
     connect(ui->pushButton_guess, &QPushButton::clicked, this, &ImportData::onGuessLayout);
+}
+
+void ImportData::_connectSequencePanel()
+{
     connect(ui->radioButton_filter, &QRadioButton::clicked, this, &ImportData::onFilterChanged);
     connect(ui->radioButton_regex, &QRadioButton::clicked, this, &ImportData::onFilterChanged);
     connect(ui->lineEdit_filter, &QLineEdit::editingFinished, this, &ImportData::onFilterChanged);
@@ -86,14 +119,21 @@ ImportData::ImportData(QWidget* parent, AppContext* app_context, const QString& 
     connect(ui->listWidget_imageList, &QListWidget::currentRowChanged, this, &ImportData::onImageListRowChanged);
     connect(ui->pushButton_2, &QPushButton::clicked, this, &ImportData::onOpenFiles);
     connect(ui->pushButton, &QPushButton::clicked, this, &ImportData::onOpenFolder);
+    connect(&_session.load, &ImageLoad::progress, this, &ImportData::_onLoadProgress);
+    connect(&_session.load, &ImageLoad::finished, this, &ImportData::_onLoadFinished);
+    connect(&_session.load, &ImageLoad::error, this, &ImportData::_onLoadError);
+}
+
+void ImportData::_connectEntries()
+{
     connect(ui->pushButton_import, &QPushButton::clicked, this, &ImportData::onImport);
     connect(ui->pushButton_generate_function, &QPushButton::clicked, this, &ImportData::onGenerateFunction);
     connect(ui->listWidget_data, &QListWidget::itemChanged, this, &ImportData::onValidate_item_text);
     connect(ui->listWidget_data, &QListWidget::currentItemChanged, this, &ImportData::onDataItemSelected);
-    connect(&_session.load, &ImageLoad::progress, this, &ImportData::_onLoadProgress);
-    connect(&_session.load, &ImageLoad::finished, this, &ImportData::_onLoadFinished);
-    connect(&_session.load, &ImageLoad::error, this, &ImportData::_onLoadError);
+}
 
+void ImportData::_buildPreviews()
+{
     const QPalette palette = parentApp ? parentApp->palette() : QApplication::palette();
     const QColor background = palette.color(QPalette::Window);
     const QColor text = palette.color(QPalette::WindowText);
@@ -103,16 +143,6 @@ ImportData::ImportData(QWidget* parent, AppContext* app_context, const QString& 
     _buildPreviewSurface(ui->widget_prev_images, preview_layoutWin2, preview_ImgItem2, _preview_plot2, background,
                          text);
     connect(preview_layoutWin2->scene(), &PreviewScene::sigMouseMoved, this, &ImportData::_onImageSeqMouseMoved);
-
-    if (folderMode) {
-        ui->comboBox_outputType->setCurrentIndex(1);
-        ui->comboBox_outputType->setEnabled(false);
-        ui->stackedWidget_preview->setCurrentIndex(1);
-    }
-    _buildMenus();
-    connect(ui->lineEdit_files_folder, &QLineEdit::textChanged, this, &ImportData::sourceChanged);
-    if (!filePath.isEmpty()) openFile(filePath);
-    setAcceptDrops(true);
 }
 
 // The session goes before the widgets and stops its load threads as it goes.
@@ -146,22 +176,37 @@ void ImportData::_buildPreviewSurface(QWidget* holder, PreviewSurface*& surface,
 
 std::optional<Mode> ImportData::_mode() const { return modeOfText(ui->comboBox_outputType->currentText()); }
 
+void ImportData::_showStatus(StatusTone tone, const QString& text, int timeout)
+{
+    _statusText = text;
+    _statusTone = tone;
+    ui->statusbar->showMessage(text, timeout);
+    _toneStatus(ui->statusbar->currentMessage()); // a repeated text changes no message
+}
+
 void ImportData::_toneStatus(const QString& message)
 {
-    StatusTone tone = statusToneOf(message);
+    StatusTone tone = message == _statusText ? _statusTone : StatusTone::Info;
     // A raw file that loads with bytes over or missing is no plain success: the badge beside it says so.
     if (tone == StatusTone::Success && !_bytes_badge->isHidden() && readedBinary) {
         const std::optional<ByteBalance> balance =
-            ByteBalance::of(readedBinary->size(), _captureVolumeParams().layout());
+            ByteBalance::of(readedBinary->size(), _session.volume.layout);
         if (balance && !balance->matched()) tone = StatusTone::Warning;
     }
     const QString sheet = statusStyleSheet(tone);
     if (ui->statusbar->styleSheet() != sheet) ui->statusbar->setStyleSheet(sheet);
 }
 
+QSpinBox* ImportData::_frameCountBox() const
+{
+    const std::vector<VolumePanelBinding>& table = volumePanelBindings();
+    const auto row = std::ranges::find_if(table, &VolumePanelBinding::restartsFrames);
+    return qobject_cast<QSpinBox*>(_volumePanel[row - table.begin()]);
+}
+
 void ImportData::_showError(const std::exception& e)
 {
-    ui->statusbar->showMessage("Error: " + QString::fromStdString(e.what()), 5000);
+    _showStatus(StatusTone::Error, "Error: " + QString::fromStdString(e.what()), 5000);
 }
 
 } // namespace torvex

@@ -7,6 +7,7 @@
 #include "toolboxes/importData/sequence/ImageLoaderWorker.h"
 #include "toolboxes/importData/ui/FileDialogs.h"
 #include "toolboxes/importData/ui/ImportDataForm.h"
+#include "toolboxes/importData/ui/StatusTone.h"
 #include "toolboxes/importData/volume/NdArray.h"
 
 #include <QByteArray>
@@ -27,6 +28,7 @@ class QLabel;
 class QListWidgetItem;
 class QMenu;
 class QMessageBox;
+class QSpinBox;
 class QThread;
 
 namespace torvex {
@@ -88,32 +90,20 @@ public:
     void openFileList(const QStringList& fileList);
     void onOpenFiles();
     void onOpenFolder();
-    // Asks for a raw file and opens it as Volume Data, as a dropped one.
-    void onOpenRawFile();
-    // The folder of the current source, where the open dialogs start; empty with none.
-    QString currentSourceFolder() const;
     // The dialogs the open handlers ask; a test puts stand-ins here.
     FileDialogs fileDialogs;
 
     // The menus of the tool (File, Data, View, Help), for the host's menu bar.
     // Their shortcuts work in whichever window holds the tool.
     const QList<QMenu*>& menus() const { return _menus; }
-    // The preview of the current mode: one image pixel per screen pixel, or fitted.
-    void onResetZoom();
-    void onFitView();
-    // A short guide to the panel's terms, beside the window.
-    void onShowHelp();
 
     // Raw volume decoding, axis transfer, parameter panel and preview.
-    void praseStackImages(const QString& imgType = {}, int offset = 0, int gap = 0, int width = 0, int height = 0,
-                          int frame = 0, bool littleEndian = false, const QString& readOrder = "F",
-                          const QString& colorOrder = "AABBCC", bool bigEndian = false);
-    void _imgTransfer(const QString& permute, bool hflip, bool vflip);
+    // Decode and transfer by the session's volume settings, which the panel mirrors.
+    void praseStackImages();
+    void _imgTransfer();
     void onImgTransferChanged();
     void onTotalFrameChanged();
     void onParametersChanged();
-    // Fills the panel with a layout guessed from the open raw file.
-    void onGuessLayout();
     void _refreshPreview();
     void _onPreviewMouseMoved(const QPointF& pos, PreviewPlot* plot, const std::optional<NdArray>& frame);
     void _onVolumeMouseMoved(const QPointF& pos);
@@ -124,8 +114,6 @@ public:
     void _populateImageListWidget(const QStringList& file_list, bool checked_all = true,
                                   const QSet<int>& checked_indexes = {});
     void onFilterChanged();
-    // Sorts the image files by the numbers in their names, or plainly again.
-    void onNaturalOrderChanged();
     void onSelectAll();
     void onSelectionChanged();
     void onSelectedRangeChanged(const QString& pos);
@@ -146,7 +134,8 @@ public:
     void onValidate_item_text(QListWidgetItem* item);
     VolumeParams _captureVolumeParams();
     void _resetVolumeParams();
-    void _restoreVolumeParams(const VolumeParams& params);
+    // An empty record (none) leaves the panel as it is.
+    void _restoreVolumeParams(const std::optional<VolumeParams>& params);
     void onImport();
 
     // The generated load function and its dialog.
@@ -170,6 +159,33 @@ private:
     bool _checkBatch = false;
     QList<QMenu*> _menus;
     QPointer<QMessageBox> _helpGuide;
+    // The raw-volume panel's widgets, one for each row of volumePanelBindings().
+    QList<QWidget*> _volumePanel;
+    // The last news shown and its tone; other text on the strip (a tip) is plain news.
+    QString _statusText;
+    StatusTone _statusTone = StatusTone::Info;
+
+    // The constructor's wiring, panel by panel.
+    void _buildStatusStrip();
+    void _connectVolumePanel();
+    void _connectSequencePanel();
+    void _connectEntries();
+    void _buildPreviews();
+
+    // Handlers of the window's own controls and menus.
+    // Asks for a raw file and opens it as Volume Data, as a dropped one.
+    void onOpenRawFile();
+    // The folder of the current source, where the open dialogs start; empty with none.
+    QString currentSourceFolder() const;
+    // The preview of the current mode: one image pixel per screen pixel, or fitted.
+    void onResetZoom();
+    void onFitView();
+    // A short guide to the panel's terms, beside the window.
+    void onShowHelp();
+    // Fills the panel with a layout guessed from the open raw file.
+    void onGuessLayout();
+    // Sorts the image files by the numbers in their names, or plainly again.
+    void onNaturalOrderChanged();
 
     // The mode the window shows, from comboBox_outputType; none for another text.
     std::optional<Mode> _mode() const;
@@ -179,8 +195,13 @@ private:
     // The road of a single raw file, from a drop or the menu, once the old source is reset:
     // Volume Data, then openFile.
     void _openRawFile(const QString& path);
-    // Colours the status strip after what it says.
+    // Shows news on the status strip for `timeout` ms (0: until the next),
+    // in the colour of its tone.
+    void _showStatus(StatusTone tone, const QString& text, int timeout);
+    // Colours the strip for the message it now shows.
     void _toneStatus(const QString& message);
+    // The panel's frame-count box.
+    QSpinBox* _frameCountBox() const;
     void _setAllChecks(const std::function<bool(int)>& checked);
     void _buildPreviewSurface(QWidget* holder, PreviewSurface*& surface, PreviewImageItem*& image,
                               PreviewPlot*& plot, const QColor& background, const QColor& text);

@@ -7,7 +7,7 @@ void ImportData::_readImageSequence()
 {
     _session.startLoad();
     _setLoadingState(true);
-    ui->statusbar->showMessage("Loading " + QString::number(filteredList.value_or(QStringList()).size()) +
+    _showStatus(StatusTone::Info, "Loading " + QString::number(filteredList.value_or(QStringList()).size()) +
                                    " image(s)\u2026",
                                0);
 }
@@ -25,27 +25,27 @@ void ImportData::_setLoadingState(bool loading)
 
 void ImportData::_onLoadProgress(int done, int total)
 {
-    ui->statusbar->showMessage("Loading image " + QString::number(done) + "/" + QString::number(total) + "\u2026", 0);
+    _showStatus(StatusTone::Info, "Loading image " + QString::number(done) + "/" + QString::number(total) + "\u2026", 0);
 }
 
 void ImportData::_onLoadFinished(int load_id, const NdArray& image_sequence)
 {
     if (!_session.acceptLoad(load_id, image_sequence)) return;
     _setLoadingState(false);
-    ui->statusbar->showMessage(QString::number(image_sequence.extent(0)) + " image(s) loaded", 5000);
+    _showStatus(StatusTone::Success, QString::number(image_sequence.extent(0)) + " image(s) loaded", 5000);
     const QStringList notes = _showSequenceNotes(true);
-    for (const QString& note : notes) ui->statusbar->showMessage(note, 5000);
+    for (const QString& note : notes) _showStatus(StatusTone::Warning, note, 5000);
     _showEntryRow(_session.entries.current());
     _refreshPreview();
     // The preview names the file it shows; what the names tell stays in sight.
-    if (!notes.isEmpty()) ui->statusbar->showMessage(notes.last(), 5000);
+    if (!notes.isEmpty()) _showStatus(StatusTone::Warning, notes.last(), 5000);
 }
 
 void ImportData::_onLoadError(int load_id, const QString& msg)
 {
     if (load_id != _load_id) return;
     _setLoadingState(false);
-    ui->statusbar->showMessage("Error loading images: " + msg, 5000);
+    _showStatus(StatusTone::Error, "Error loading images: " + msg, 5000);
 }
 
 } // namespace torvex

@@ -46,7 +46,7 @@ void ImportData::onOpenRawFile()
 void ImportData::_openRawFile(const QString& path)
 {
     ui->comboBox_outputType->setCurrentIndex(0);
-    ui->statusbar->showMessage("Loading file: " + QFileInfo(path).fileName(), 3000);
+    _showStatus(StatusTone::Info, "Loading file: " + QFileInfo(path).fileName(), 3000);
     openFile(path);
 }
 
@@ -66,7 +66,7 @@ void ImportData::openFile(const QString& fileName)
             _session.openFolder(fileName);
             ui->lineEdit_files_folder->setText(fileName);
             onFilterChanged();
-            ui->statusbar->showMessage(QString::number(fileList->size()) + " files found in the folder", 5000);
+            _showStatus(StatusTone::Success, QString::number(fileList->size()) + " files found in the folder", 5000);
             return;
         }
         _session.openRawFile(fileName);
@@ -74,7 +74,7 @@ void ImportData::openFile(const QString& fileName)
         _resetVolumeParams();
         setWindowTitle("Import Data - " + printablePath(fileName));
         onParametersChanged();
-        ui->statusbar->showMessage("File loaded successfully!", 5000);
+        _showStatus(StatusTone::Success, "File loaded successfully!", 5000);
     } catch (const std::exception& e) {
         QMessageBox::critical(this, "Error", "Error reading file:\n" + QString::fromStdString(e.what()));
     }
@@ -85,17 +85,17 @@ void ImportData::openFileList(const QStringList& paths)
     try {
         _session.openFileList(paths);
         if (fileList->isEmpty()) {
-            ui->statusbar->showMessage("No valid files to load", 5000);
+            _showStatus(StatusTone::Warning, "No valid files to load", 5000);
             return;
         }
         ui->lineEdit_files_folder->setText(pythonDirname(fileList->first()));
         onFilterChanged();
-        ui->statusbar->showMessage(QString::number(fileList->size()) + " files loaded successfully", 5000);
+        _showStatus(StatusTone::Success, QString::number(fileList->size()) + " files loaded successfully", 5000);
         setWindowTitle("Import Data - " + QString::number(fileList->size()) + " files");
     } catch (const std::exception& e) {
         fileList.reset();
         const QString message = "Error loading files: " + QString::fromStdString(e.what());
-        ui->statusbar->showMessage(message, 5000);
+        _showStatus(StatusTone::Error, message, 5000);
         QMessageBox::critical(this, "Error", message);
     }
 }

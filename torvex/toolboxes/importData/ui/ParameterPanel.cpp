@@ -8,22 +8,18 @@
 #include "toolboxes/importData/ui/ProgressRun.h"
 
 #include <QLabel>
+#include <QSpinBox>
 
 namespace torvex {
 
-void ImportData::praseStackImages(const QString& imgType, int offset, int gap, int width, int height, int frame,
-                                  bool littleEndian, const QString& readOrder, const QString& colorOrder,
-                                  bool bigEndian)
+void ImportData::praseStackImages()
 {
-    const RawLayout layout{.imgType = imgType, .offset = offset, .gap = gap, .width = width, .height = height,
-                           .frame = frame, .littleEndian = littleEndian, .bigEndian = bigEndian,
-                           .readOrder = readOrder, .colorOrder = colorOrder};
     try {
         // Most layouts are views and decode at once; colour orders without one
         // channel step and bitmaps are copies, long for a large file.
         if (!runWithProgress(this, "Decoding the frames…",
-                             [&](const Progress& progress) { _session.decode(layout, progress); }))
-            ui->statusbar->showMessage("Decoding cancelled", 5000);
+                             [&](const Progress& progress) { _session.decode(progress); }))
+            _showStatus(StatusTone::Info, "Decoding cancelled", 5000);
     } catch (const std::exception& e) {
         _showError(e);
     }
@@ -41,36 +37,36 @@ void ImportData::onParametersChanged()
     ui->stackedWidget_preview->setCurrentIndex(0);
     if (!readedBinary) {
         _bytes_badge->hide();
-        ui->statusbar->showMessage("No binary data loaded", 5000);
+        _showStatus(StatusTone::Warning, "No binary data loaded", 5000);
         return;
     }
-    const RawLayout layout = _captureVolumeParams().layout();
+    const RawLayout layout = _session.volume.layout;
     if (layout.width == 0 || layout.height == 0) {
         _bytes_badge->hide();
-        ui->statusbar->showMessage("Set width and height to preview the data", 5000);
+        _showStatus(StatusTone::Warning, "Set width and height to preview the data", 5000);
         return;
     }
     if (const std::optional<ByteBalance> balance = ByteBalance::of(readedBinary->size(), layout)) {
-        ui->statusbar->showMessage(balance->statusMessage(), 5000);
+        _showStatus(balance->matched() ? StatusTone::Success : StatusTone::Warning, balance->statusMessage(), 5000);
         _bytes_badge->setText(balance->badgeText());
         _bytes_badge->setStyleSheet(balance->badgeStyleSheet());
         _bytes_badge->show();
     }
-    praseStackImages(layout.imgType, layout.offset, layout.gap, layout.width, layout.height, layout.frame,
-                     layout.littleEndian, layout.readOrder, layout.colorOrder, layout.bigEndian);
+    praseStackImages();
     onImgTransferChanged();
 }
 
 void ImportData::onTotalFrameChanged()
 {
     // A count of 0 still leaves frame 1 selectable: frame numbers start at 1.
-    _restartFrames(std::max(1, ui->spinBox_totalFrame->value()), ui->spinBox_totalFrame->text());
+    const QSpinBox* count = _frameCountBox();
+    _restartFrames(std::max(1, count->value()), count->text());
 }
 
-void ImportData::_imgTransfer(const QString& permute, bool hflip, bool vflip)
+void ImportData::_imgTransfer()
 {
     try {
-        _session.transfer(permute, hflip, vflip);
+        _session.transfer();
     } catch (const std::exception& e) {
         _showError(e);
     }
@@ -79,8 +75,7 @@ void ImportData::_imgTransfer(const QString& permute, bool hflip, bool vflip)
 void ImportData::onImgTransferChanged()
 {
     if (_mode() == Mode::VolumeData)
-        _imgTransfer(ui->comboBox_permute->currentText(), ui->checkBox_hflip->isChecked(),
-                     ui->checkBox_vflip->isChecked());
+        _imgTransfer();
     else _session.keepDecoded();
     if (!prasedData) {
         preview_ImgItem->clear();

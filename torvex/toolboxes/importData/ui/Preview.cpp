@@ -16,7 +16,7 @@ void ImportData::_showFrame(PreviewImageItem* item, const NdArray& frame)
         item->setImage(frame);
         // A cut page of a shrunk file shows as zeros: say why, and keep saying it.
         if (item == preview_ImgItem)
-            if (const std::optional<QString> notice = _session.fileChangedNotice()) ui->statusbar->showMessage(*notice);
+            if (const std::optional<QString> notice = _session.fileChangedNotice()) _showStatus(StatusTone::Warning, *notice, 0);
     } catch (const std::exception& e) {
         item->clear();
         _showError(e);
@@ -75,7 +75,7 @@ void ImportData::_refreshPreview()
         ui->listWidget_imageList->selectionModel()->clearSelection();
         row->setSelected(true);
         ui->listWidget_imageList->scrollToItem(row);
-        ui->statusbar->showMessage(row->toolTip(), 5000);
+        _showStatus(StatusTone::Info, row->toolTip(), 5000);
     }
 }
 

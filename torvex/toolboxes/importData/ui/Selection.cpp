@@ -64,7 +64,7 @@ void ImportData::onSelectedRangeChanged(const QString& pos)
 void ImportData::onImageListRowChanged(int row)
 {
     if (row < 0 || checkedIndexes.isEmpty()) return;
-    if (filteredList && row < filteredList->size()) ui->statusbar->showMessage((*filteredList)[row], 5000);
+    if (filteredList && row < filteredList->size()) _showStatus(StatusTone::Info, (*filteredList)[row], 5000);
     const qsizetype position = checkedIndexes.indexOf(row);
     if (position < 0) return;
     _setFrameQuietly(static_cast<int>(position) + 1);

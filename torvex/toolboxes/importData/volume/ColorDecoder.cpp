@@ -43,7 +43,7 @@ NdArray decodeColor(const QByteArray& bytes, const RawLayout& p, const QString& 
     const int64_t pixels = saturatingMul(p.width, p.height);
     const FrameRange range(bytes.size(), p.offset, p.gap, saturatingMul(pixels, k), p.frame);
     const bool interleaved = p.colorOrder == "ABCABC";
-    const std::vector<int64_t> sources = channelSources(colorType, interleaved, p.littleEndian && !p.bigEndian);
+    const std::vector<int64_t> sources = channelSources(colorType, interleaved, p.byteOrder == ByteOrder::Little);
 
     if (p.frame == 1) {
         const int64_t available = range.singleFrameBytes();

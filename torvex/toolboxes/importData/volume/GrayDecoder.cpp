@@ -8,7 +8,6 @@ NdArray decodeGray(const QByteArray& bytes, const RawLayout& p, DType dtype, int
     checkNonNegative(p.offset, p.gap, p.width, p.height);
     const int64_t pixels = saturatingMul(p.width, p.height);
     const FrameRange range(bytes.size(), p.offset, p.gap, saturatingMul(pixels, bytesPerPixel), p.frame);
-    const ByteOrder byteOrder = p.bigEndian ? ByteOrder::Big : p.littleEndian ? ByteOrder::Little : ByteOrder::Native;
 
     if (p.frame == 1) {
         const int64_t available = range.singleFrameBytes();
@@ -22,7 +21,7 @@ NdArray decodeGray(const QByteArray& bytes, const RawLayout& p, DType dtype, int
     }
     const auto [rowStride, columnStride] = pixelStrides(readOrderCode(p.readOrder), p.height, p.width, bytesPerPixel);
     return NdArray::strided(bytes, p.offset, {p.frame, p.height, p.width, 1},
-                            {range.frameStride(), rowStride, columnStride, bytesPerPixel}, dtype, byteOrder);
+                            {range.frameStride(), rowStride, columnStride, bytesPerPixel}, dtype, p.byteOrder);
 }
 
 } // namespace torvex

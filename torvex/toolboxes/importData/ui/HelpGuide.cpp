@@ -1,5 +1,6 @@
 // A short guide to the terms of the parameter panel, for F1.
 #include "toolboxes/importData/ui/ImportData.h"
+#include "toolboxes/importData/ui/VolumePanelBindings.h"
 
 #include <QMessageBox>
 
@@ -7,20 +8,15 @@ namespace torvex {
 
 namespace {
 
-const char* const guide = R"(<h3>Volume Data</h3>
+// The panel's own terms come from its binding table, so that a new control
+// is explained where it is bound.
+QString guide()
+{
+    return R"(<h3>Volume Data</h3>
 <p>A raw file has no header: you state how its bytes make pictures.</p>
 <dl>
-<dt><b>Image type</b></dt><dd>The size and kind of one pixel value (8-bit, 16-bit Signed, 24-bit RGB, ...).</dd>
-<dt><b>Offset, Gap</b></dt><dd>Bytes skipped before the first frame, and between one frame and the next.</dd>
-<dt><b>Read order F / C</b></dt><dd>F: the file runs down the columns (column-major, as Fortran and MATLAB
-write). C: the file runs along the rows (row-major, as C and NumPy write).</dd>
-<dt><b>Colour order AABBCC / ABCABC</b></dt><dd>AABBCC: one whole plane per channel, one after another.
-ABCABC: the channels of each pixel side by side.</dd>
-<dt><b>Little / Big endian</b></dt><dd>For values of 16 bits and more: the least or the most significant
-byte first. With neither, in this computer's own order.</dd>
-<dt><b>Permute</b></dt><dd>A new order of the frame, row and column axes (0, 1, 2): 0,1,2 keeps them;
-1,0,2 views the stack from the side, frame i holding row i of every frame.</dd>
-<dt><b>Bytes badge</b></dt><dd>Green when the frames use every byte of the file; amber with the bytes left
+)" + volumePanelGuide() +
+           R"(<dt><b>Bytes badge</b></dt><dd>Green when the frames use every byte of the file; amber with the bytes left
 over (+) or missing (&minus;).</dd>
 </dl>
 <h3>Output</h3>
@@ -33,6 +29,7 @@ dropped.</dd>
 <h3>Image Sequence</h3>
 <p>The checked images of the list, in its order, make the frames. The filter takes a wildcard or a
 regular expression; press Enter to apply it.</p>)";
+}
 
 } // namespace
 
@@ -40,7 +37,7 @@ void ImportData::onShowHelp()
 {
     if (!_helpGuide) {
         // Beside the window, not over it: the user reads it while setting the panel.
-        _helpGuide = new QMessageBox(QMessageBox::Information, "Import Data Guide", guide, QMessageBox::Close, this);
+        _helpGuide = new QMessageBox(QMessageBox::Information, "Import Data Guide", guide(), QMessageBox::Close, this);
         _helpGuide->setObjectName("helpGuide");
         _helpGuide->setTextFormat(Qt::RichText);
         _helpGuide->setModal(false);

@@ -29,6 +29,13 @@ template <auto part, auto field> VolumePanelBinding bind(const char* widget, Rea
     return {.widget = widget, .get = get<part, field>, .set = set<part, field>, .reaction = reaction};
 }
 
+VolumePanelBinding term(VolumePanelBinding row, const char* term, const char* meaning)
+{
+    row.term = term;
+    row.meaning = meaning;
+    return row;
+}
+
 } // namespace
 
 const std::vector<VolumePanelBinding>& volumePanelBindings()
@@ -36,24 +43,45 @@ const std::vector<VolumePanelBinding>& volumePanelBindings()
     constexpr auto layout = &VolumeParams::layout;
     constexpr auto transfer = &VolumeParams::transfer;
     static const std::vector<VolumePanelBinding> table = {
-        bind<layout, &RawLayout::imgType>("comboBox_imgType"),
-        bind<layout, &RawLayout::offset>("spinBox_offset"),
+        term(bind<layout, &RawLayout::imgType>("comboBox_imgType"), "Image type",
+             "The size and kind of one pixel value (8-bit, 16-bit Signed, 24-bit RGB, ...)."),
+        term(bind<layout, &RawLayout::offset>("spinBox_offset"), "Offset, Gap",
+             "Bytes skipped before the first frame, and between one frame and the next."),
         bind<layout, &RawLayout::gap>("spinBox_gap"),
-        bind<layout, &RawLayout::width>("spinBox_width"),
+        term(bind<layout, &RawLayout::width>("spinBox_width"), "Width, Height, Frames",
+             "Pixels in a row, rows in a frame, and frames in the file."),
         bind<layout, &RawLayout::height>("spinBox_height"),
         {.widget = "spinBox_totalFrame", .get = get<layout, &RawLayout::frame>, .set = set<layout, &RawLayout::frame>,
          .restartsFrames = true},
         {.widget = "checkBox_littleEndian", .get = isOrder<ByteOrder::Little>, .set = setOrder<ByteOrder::Little>,
-         .exclusive = true},
-        bind<layout, &RawLayout::readOrder>("comboBox_order"),
-        bind<layout, &RawLayout::colorOrder>("comboBox_colorOrder"),
-        bind<transfer, &AxisTransfer::permute>("comboBox_permute", Reaction::Transfer),
-        bind<transfer, &AxisTransfer::hflip>("checkBox_hflip", Reaction::Transfer),
+         .exclusive = true, .term = "Little / Big endian",
+         .meaning = "For values of 16 bits and more: the least or the most significant byte first. With neither, "
+                    "in this computer's own order."},
+        term(bind<layout, &RawLayout::readOrder>("comboBox_order"), "Read order F / C",
+             "F: the file runs down the columns (column-major, as Fortran and MATLAB write). C: the file runs "
+             "along the rows (row-major, as C and NumPy write)."),
+        term(bind<layout, &RawLayout::colorOrder>("comboBox_colorOrder"), "Colour order AABBCC / ABCABC",
+             "AABBCC: one whole plane per channel, one after another. ABCABC: the channels of each pixel side "
+             "by side."),
+        term(bind<transfer, &AxisTransfer::permute>("comboBox_permute", Reaction::Transfer), "Permute",
+             "A new order of the frame, row and column axes (0, 1, 2): 0,1,2 keeps them; 1,0,2 views the stack "
+             "from the side, frame i holding row i of every frame."),
+        term(bind<transfer, &AxisTransfer::hflip>("checkBox_hflip", Reaction::Transfer), "Flips",
+             "Mirror every frame left to right, or top to bottom, after the permutation."),
         bind<transfer, &AxisTransfer::vflip>("checkBox_vflip", Reaction::Transfer),
         {.widget = "checkBox_bigEndian", .get = isOrder<ByteOrder::Big>, .set = setOrder<ByteOrder::Big>,
          .exclusive = true},
     };
     return table;
+}
+
+QString volumePanelGuide()
+{
+    QString html;
+    for (const VolumePanelBinding& row : volumePanelBindings())
+        if (row.term)
+            html += QString("<dt><b>%1</b></dt><dd>%2</dd>\n").arg(row.term, row.meaning);
+    return html;
 }
 
 QVariant panelValue(const QWidget* widget)

@@ -28,10 +28,17 @@ struct VolumePanelBinding {
     bool exclusive = false;
     // The frame count: a change starts the frame slider again at frame 1.
     bool restartsFrames = false;
+    // Its term in the F1 guide and what it means there; a row without one is
+    // explained under the term of a row before it ("Offset, Gap").
+    const char* term = nullptr;
+    const char* meaning = nullptr;
 };
 
 // The panel's widgets in the order of capture and restore.
 const std::vector<VolumePanelBinding>& volumePanelBindings();
+
+// The panel's terms for the guide, in the table's order, as HTML <dt>/<dd> pairs.
+QString volumePanelGuide();
 
 // The widget's value: a combo box's text, a spin box's number, a check box's state.
 QVariant panelValue(const QWidget* widget);

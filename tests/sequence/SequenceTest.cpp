@@ -4,6 +4,7 @@
 #include "toolboxes/importData/sequence/FileFilter.h"
 #include "toolboxes/importData/sequence/FrameShape.h"
 #include "toolboxes/importData/sequence/ImageLoaderWorker.h"
+#include "toolboxes/importData/sequence/KeptDepth.h"
 #include "toolboxes/importData/sequence/Normalise8Bit.h"
 #include "toolboxes/importData/sequence/NumberedNames.h"
 #include "toolboxes/importData/sequence/PlaceholderFrame.h"
@@ -222,6 +223,23 @@ NdArray counting(const Shape& shape)
     NdArray a = NdArray::empty(shape, DType::UInt8);
     std::iota(reinterpret_cast<uint8_t*>(a.mutableData()), reinterpret_cast<uint8_t*>(a.mutableData()) + a.size(), 1);
     return a;
+}
+
+TEST(KeptDepth, AStackTakesTheNarrowestTypeHoldingEveryValueAndAnyFloatGivesFloat32)
+{
+    using enum DType;
+    const std::tuple<DType, DType, DType> cases[] = {
+        {UInt8, UInt16, UInt16}, {UInt8, Int16, Int16},   {UInt16, Int16, Int32},     {Int16, Int32, Int32},
+        {UInt8, UInt32, UInt32}, {UInt32, Int32, Float64}, {Int32, Float32, Float32}, {UInt16, UInt16, UInt16}};
+    for (const auto& [a, b, both] : cases) {
+        EXPECT_EQ(widenedType(a, b), both) << dtypeName(a) << " " << dtypeName(b);
+        EXPECT_EQ(widenedType(b, a), both) << dtypeName(b) << " " << dtypeName(a);
+    }
+    // 1-bit images keep 0 and 1; doubles narrow to float32.
+    NdArray bits = NdArray::zeros({1, 2}, UInt8);
+    bits.mutableData()[1] = std::byte{1};
+    EXPECT_EQ(keepStoredValues({bits, true}).minMax(), (std::pair<double, double>{0, 1}));
+    EXPECT_EQ(keepStoredValues({NdArray::zeros({1, 2}, Float64), false}).dtype(), Float32);
 }
 
 TEST(PadToCentre, OddRowGoesBelowOddColumnRightAndFullSizeIsNotCopied)

@@ -3,6 +3,7 @@
 #include "toolboxes/importData/ImportData.h"
 #include "toolboxes/importData/loadfunction/ImageSequenceLoadFunction.h"
 #include "toolboxes/importData/model/AppContext.h"
+#include "toolboxes/importData/ui/PreviewImageItem.h"
 
 #include "../support/TempFiles.h"
 #include "../support/WaitUntil.h"
@@ -196,4 +197,46 @@ TEST_F(SequenceWindow, ANumberedFolderIsSortedByNumberOnRequestAndReportedWithIt
         EXPECT_EQ(python, frameNumbers(*w.imageSequence).join(','));
     }
     EXPECT_EQ(w.session().entries.find(0)->naturalOrder, true);
+}
+
+// Slices of a real scan at 16 bits (PNG and TIFF) beside an 8-bit one and a
+// file that is no image: ticking the box reloads them at their stored values,
+// equal to what Pillow reads, in one widened type, as the generated code does.
+TEST_F(SequenceWindow, KeptBitDepthMatchesPillowValueForValueAndTheGeneratedCode)
+{
+    QTemporaryDir scans;
+    test::runPython(R"(
+import sys, numpy as np, PIL.Image
+moon = np.array(PIL.Image.open("/usr/lib/python3/dist-packages/skimage/data/moon.png")).astype(np.uint32)
+for k, ext in enumerate(["png", "png", "tif"]):
+    PIL.Image.fromarray((moon * 251 + 997 * k).astype(np.uint16)).save(f"{sys.argv[1]}/s{k}.{ext}")
+PIL.Image.fromarray(moon.astype(np.uint8)).save(sys.argv[1] + "/s3.png")
+open(sys.argv[1] + "/s4.png", "wb").write(b"not an image")
+)", {scans.path()});
+    ImportData w(nullptr, nullptr, {}, scans.path(), true);
+    ASSERT_TRUE(waitForLoad(w));
+    EXPECT_EQ(w.imageSequence->dtype(), DType::UInt8);
+    w.ui->checkBox_keepDepth->setChecked(true);
+    ASSERT_TRUE(waitForLoad(w));
+    const NdArray stack = *w.imageSequence;
+    ASSERT_EQ(stack.dtype(), DType::UInt16);
+    const auto [lo, hi] = stack.minMax();
+    EXPECT_EQ(w.preview_ImgItem2->levels(), (ValueRange{lo, hi})); // one display range over all frames
+
+    const QString npy = scans.filePath("stack.npy");
+    saveNpy(stack, npy);
+    const QString text = imageSequenceLoadFunctionText(*w.filteredList, "s*", false, false, w.session().reading);
+    EXPECT_EQ(test::runPython(text + R"(
+import sys, glob, numpy as np, PIL.Image
+tool = np.load(sys.argv[2])
+files = sorted(glob.glob(sys.argv[1] + "/s[0-3].*"))
+pillow = [np.array(PIL.Image.open(f)) for f in files]
+generated = load_image_sequence(sys.argv[1])
+print(tool.dtype, generated.dtype, all(np.array_equal(t, p) for t, p in zip(tool, pillow)),
+      np.array_equal(generated[..., 0], tool[:4]), int(tool[4].max()) <= 255)
+)", {scans.path(), npy}), "uint16 uint16 True True True");
+
+    w.ui->checkBox_keepDepth->setChecked(false);
+    ASSERT_TRUE(waitForLoad(w));
+    EXPECT_EQ(w.imageSequence->dtype(), DType::UInt8);
 }

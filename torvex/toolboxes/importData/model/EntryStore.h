@@ -1,6 +1,7 @@
 #pragma once
 
 #include "toolboxes/importData/entries/DataEntry.h"
+#include "toolboxes/importData/sequence/SequenceReading.h"
 
 #include <QString>
 #include <QStringList>
@@ -19,10 +20,11 @@ public:
     struct Entry {
         QString name; // the variable name it is imported under
         DataEntry record;
-        // Of an image sequence: all the files its filter chose from, and
-        // whether they are in the natural order of their names.
+        // Of an image sequence: all the files its filter chose from, whether
+        // they are in the natural order of their names, and how they were read.
         std::optional<QStringList> fileList;
         bool naturalOrder = false;
+        SequenceReading reading;
     };
 
     int size() const { return static_cast<int>(entries_.size()); }

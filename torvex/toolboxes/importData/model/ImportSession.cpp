@@ -148,7 +148,7 @@ void ImportSession::startLoad()
 {
     imageSequence.reset();
     selectedimageSequence.reset();
-    load.start(filteredList.value_or(QStringList()));
+    load.start(filteredList.value_or(QStringList()), reading);
 }
 
 bool ImportSession::acceptLoad(int load_id, const NdArray& image_sequence)
@@ -204,7 +204,8 @@ int ImportSession::addEntry(const QString& name, Mode mode, const std::optional<
         record.params = panel;
     }
     const bool sequence = mode == Mode::ImageSequence;
-    const int row = entries.add({name, record, sequence ? fileList : std::nullopt, sequence && naturalOrder});
+    const int row = entries.add({name, record, sequence ? fileList : std::nullopt, sequence && naturalOrder,
+                                 sequence ? reading : SequenceReading{}});
     entries.setCurrent(row);
     _pending_add_entry = false;
     return row;
@@ -231,6 +232,7 @@ void ImportSession::updateCurrentEntry(const VolumeParams& panel)
         record.checked_indexes = checkedIndexes;
         updated.fileList = fileList;
         updated.naturalOrder = naturalOrder;
+        updated.reading = reading;
     }
     entries.write(entries.current(), updated);
 }
@@ -251,6 +253,7 @@ const EntryStore::Entry* ImportSession::selectEntry(int row)
     filteredList = record.file_list.value_or(QStringList());
     if (entry->fileList) fileList = entry->fileList; // its filter chooses from its own folder again
     naturalOrder = entry->naturalOrder;
+    reading = entry->reading;
     imageSequence = record.image_sequence;
     selectedimageSequence = record.data;
     if (record.checked_indexes) checkedIndexes = *record.checked_indexes;

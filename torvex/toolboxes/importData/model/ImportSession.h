@@ -43,6 +43,7 @@ public:
     bool _pending_add_entry = false;            // a new source waits for its entry
     std::optional<QString> _current_file_path;  // the raw file behind readedBinary
     bool naturalOrder = false;                  // image files in the natural order of their names
+    SequenceReading reading;                    // how the image files are read
     ImageLoad load;
     EntryStore entries;
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "toolboxes/importData/sequence/SequenceReading.h"
 #include "toolboxes/importData/volume/NdArray.h"
 
 #include <QObject>
@@ -13,15 +14,16 @@ namespace torvex {
 // Loads a list of files into one uint8 stack of shape (N, H, W) or
 // (N, H, W, 3), one frame per path in list order, off the GUI thread. A file
 // that is no image becomes a placeholder frame showing its name and content.
-// Every image is stretched to 8 bits on its own, brought to one channel count
-// and centred on the largest height and width with zeros.
+// Every image is stretched to 8 bits on its own (or, with `keepDepth`, keeps
+// its stored values in the stack's one widened type), brought to one channel
+// count and centred on the largest height and width with zeros.
 //
 // Meant to be moved to its own QThread and started by its `started` signal.
 // A run ends with `finished`, with `error`, or, once cancelled, silently.
 class _ImageLoaderWorker : public QObject {
     Q_OBJECT
 public:
-    _ImageLoaderWorker(int load_id, const QStringList& filtered_list);
+    _ImageLoaderWorker(int load_id, const QStringList& filtered_list, SequenceReading reading = {});
 
     // Called from another thread while run() works: the run stops at its next
     // check and sends neither `finished` nor `error`.
@@ -29,6 +31,7 @@ public:
 
     const int _load_id;
     const QStringList _filtered_list;
+    const SequenceReading _reading;
     std::atomic<bool> _cancelled{false};
 
 public slots:

@@ -64,9 +64,11 @@ void ImportData::onDataItemSelected(QListWidgetItem* current, QListWidgetItem*)
         const QSignalBlocker blockStart(ui->spinBox_rg1);
         const QSignalBlocker blockEnd(ui->spinBox_rg2);
         const QSignalBlocker blockOrder(ui->checkBox_naturalOrder);
+        const QSignalBlocker blockDepth(ui->checkBox_keepDepth);
         ui->spinBox_rg2->setMaximum(static_cast<int>(filteredList->size()));
         ui->spinBox_rg2->setValue(static_cast<int>(filteredList->size()));
         ui->checkBox_naturalOrder->setChecked(_session.naturalOrder);
+        ui->checkBox_keepDepth->setChecked(_session.reading.keepDepth);
         _showSequenceNotes(true);
         path = filteredList->isEmpty() ? QString() : pythonDirname(filteredList->first());
     }

@@ -31,6 +31,12 @@ void ImportData::onNaturalOrderChanged()
     if (fileList) onFilterChanged();
 }
 
+void ImportData::onSequenceReadingChanged()
+{
+    _session.reading = {.keepDepth = ui->checkBox_keepDepth->isChecked()};
+    if (fileList) onFilterChanged();
+}
+
 QStringList ImportData::_showSequenceNotes(bool loaded)
 {
     const std::optional<QString> order = _session.naturalOrder ? std::nullopt : _session.outOfOrderNotice();

@@ -126,6 +126,8 @@ public:
     void onFilterChanged();
     // Sorts the image files by the numbers in their names, or plainly again.
     void onNaturalOrderChanged();
+    // Reads the image files again as the reading boxes say (bit depth kept).
+    void onSequenceReadingChanged();
     void onSelectAll();
     void onSelectionChanged();
     void onSelectedRangeChanged(const QString& pos);

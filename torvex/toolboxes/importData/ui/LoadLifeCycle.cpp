@@ -1,5 +1,6 @@
 // The window's side of a background image load: start, lock, take over.
 #include "toolboxes/importData/ui/ImportData.h"
+#include "toolboxes/importData/ui/PreviewImageItem.h"
 
 namespace torvex {
 
@@ -37,6 +38,12 @@ void ImportData::_onLoadFinished(int load_id, const NdArray& image_sequence)
     for (const QString& note : notes) ui->statusbar->showMessage(note, 5000);
     _showEntryRow(_session.entries.current());
     _refreshPreview();
+    // Kept values are compared across frames: one display range for the
+    // stack, set once its first frame is shown (a new shape resets levels).
+    if (_session.reading.keepDepth) {
+        const auto [lo, hi] = image_sequence.minMax();
+        preview_ImgItem2->setLevels(ValueRange{lo, hi});
+    }
     // The preview names the file it shows; what the names tell stays in sight.
     if (!notes.isEmpty()) ui->statusbar->showMessage(notes.last(), 5000);
 }

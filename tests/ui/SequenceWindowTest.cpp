@@ -240,3 +240,30 @@ print(tool.dtype, generated.dtype, all(np.array_equal(t, p) for t, p in zip(tool
     ASSERT_TRUE(waitForLoad(w));
     EXPECT_EQ(w.imageSequence->dtype(), DType::UInt8);
 }
+
+// A frame drawn for a file that is no image is marked in the list, and an
+// import that holds it says so in amber after the import notice.
+TEST_F(SequenceWindow, PlaceholderFramesAreMarkedAndNamedOnImport)
+{
+    AppContext context;
+    ImportData w(nullptr, &context, {}, folder.path(), true);
+    ASSERT_TRUE(waitForLoad(w));
+    QListWidgetItem* text = w.ui->listWidget_imageList->item(3);
+    EXPECT_FALSE(text->icon().isNull());
+    EXPECT_TRUE(text->toolTip().startsWith(folder.filePath("notes.txt") + "\nNot read as an image"));
+    EXPECT_TRUE(w.ui->listWidget_imageList->item(0)->icon().isNull());
+    QString hostNotice;
+    QObject::connect(context.get_component("workspace_manager"), &WorkspaceManager::variableImported,
+                     [&](const QString& notice) { hostNotice = notice; });
+    for (const bool placeholderChosen : {true, false}) {
+        text->setCheckState(placeholderChosen ? Qt::Checked : Qt::Unchecked);
+        w.onImport();
+        EXPECT_TRUE(hostNotice.startsWith("Imported data_imgs"));
+        if (placeholderChosen) {
+            EXPECT_EQ(status(w), "1 of 4 frames are placeholders for files that could not be read: notes.txt");
+            EXPECT_TRUE(w.ui->statusbar->styleSheet().contains("#a85d00"));
+        } else {
+            EXPECT_FALSE(status(w).contains("placeholders"));
+        }
+    }
+}

@@ -3,6 +3,7 @@
 #include "toolboxes/importData/entries/DataEntry.h"
 #include "toolboxes/importData/sequence/SequenceReading.h"
 
+#include <QMap>
 #include <QString>
 #include <QStringList>
 
@@ -25,6 +26,7 @@ public:
         std::optional<QStringList> fileList;
         bool naturalOrder = false;
         SequenceReading reading;
+        QMap<int, QString> placeholderFrames; // see ImportSession::placeholderFrames
     };
 
     int size() const { return static_cast<int>(entries_.size()); }

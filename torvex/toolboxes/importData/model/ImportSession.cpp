@@ -30,7 +30,13 @@ QList<int> firstRows(int64_t count)
 
 } // namespace
 
-ImportSession::ImportSession(QObject* parent) : QObject(parent), load(this) {}
+ImportSession::ImportSession(QObject* parent) : QObject(parent), load(this)
+{
+    // Arrives just before the stack it describes; a superseded load's is dropped.
+    connect(&load, &ImageLoad::placeholders, this, [this](int load_id, const QMap<int, QString>& reasons) {
+        if (load_id == load._load_id) placeholderFrames = reasons;
+    });
+}
 
 void ImportSession::resetSource()
 {
@@ -148,7 +154,26 @@ void ImportSession::startLoad()
 {
     imageSequence.reset();
     selectedimageSequence.reset();
+    placeholderFrames.clear();
     load.start(filteredList.value_or(QStringList()), reading);
+}
+
+std::optional<QString> ImportSession::placeholderNotice(int row) const
+{
+    const EntryStore::Entry* entry = entries.find(row);
+    if (!entry || entry->placeholderFrames.isEmpty() || !entry->record.data) return std::nullopt;
+    const DataEntry& record = entry->record;
+    const QStringList files = record.file_list.value_or(QStringList());
+    QStringList names;
+    for (int frameRow : record.checked_indexes.value_or(firstRows(record.data->extent(0))))
+        if (entry->placeholderFrames.contains(frameRow) && frameRow < files.size())
+            names << pythonBasename(files[frameRow]);
+    if (names.isEmpty()) return std::nullopt;
+    const QString shown = names.mid(0, 3).join(", ") + (names.size() > 3 ? ", ..." : "");
+    return QString("%1 of %2 frames are placeholders for files that could not be read: %3")
+        .arg(names.size())
+        .arg(record.data->extent(0))
+        .arg(shown);
 }
 
 bool ImportSession::acceptLoad(int load_id, const NdArray& image_sequence)
@@ -205,7 +230,7 @@ int ImportSession::addEntry(const QString& name, Mode mode, const std::optional<
     }
     const bool sequence = mode == Mode::ImageSequence;
     const int row = entries.add({name, record, sequence ? fileList : std::nullopt, sequence && naturalOrder,
-                                 sequence ? reading : SequenceReading{}});
+                                 sequence ? reading : SequenceReading{}, sequence ? placeholderFrames : QMap<int, QString>{}});
     entries.setCurrent(row);
     _pending_add_entry = false;
     return row;
@@ -233,6 +258,7 @@ void ImportSession::updateCurrentEntry(const VolumeParams& panel)
         updated.fileList = fileList;
         updated.naturalOrder = naturalOrder;
         updated.reading = reading;
+        updated.placeholderFrames = placeholderFrames;
     }
     entries.write(entries.current(), updated);
 }
@@ -254,6 +280,7 @@ const EntryStore::Entry* ImportSession::selectEntry(int row)
     if (entry->fileList) fileList = entry->fileList; // its filter chooses from its own folder again
     naturalOrder = entry->naturalOrder;
     reading = entry->reading;
+    placeholderFrames = entry->placeholderFrames;
     imageSequence = record.image_sequence;
     selectedimageSequence = record.data;
     if (record.checked_indexes) checkedIndexes = *record.checked_indexes;

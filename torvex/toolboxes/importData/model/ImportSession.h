@@ -11,6 +11,7 @@
 
 #include <QByteArray>
 #include <QList>
+#include <QMap>
 #include <QString>
 #include <QStringList>
 
@@ -40,6 +41,7 @@ public:
     std::optional<NdArray> imageSequence;       // the stack of all filtered images
     std::optional<NdArray> selectedimageSequence; // the stack of the checked ones
     QList<int> checkedIndexes;                  // rows checked in the image list
+    QMap<int, QString> placeholderFrames;       // rows of imageSequence drawn for files that are no image, and why
     bool _pending_add_entry = false;            // a new source waits for its entry
     std::optional<QString> _current_file_path;  // the raw file behind readedBinary
     bool naturalOrder = false;                  // image files in the natural order of their names
@@ -84,6 +86,11 @@ public:
     // "Missing 3 of 500 numbered files: 17, 18, 240" when the filtered names
     // are one numbered series with gaps.
     std::optional<QString> missingFilesNotice() const;
+
+    // "2 of 40 frames are placeholders for files that could not be read:
+    // a.png, b.png" when frames that importing the entry at `row` hands over
+    // stand for files that are no image (the first three named).
+    std::optional<QString> placeholderNotice(int row) const;
 
     // Takes a load's stack, all of it chosen, into the current sequence entry
     // too; false for a superseded load.

@@ -62,18 +62,26 @@ void _ImageLoaderWorker::run()
         const int total = static_cast<int>(_filtered_list.size());
         const bool keepDepth = _reading.keepDepth;
         FrameStack stack(total, keepDepth);
-        // Any failure sends the file to the placeholder path, without a report.
-        const auto decode = [&stack, keepDepth](int index, const QString& path) noexcept -> std::optional<NdArray> {
+        // Any failure sends the file to the placeholder path; its reason is
+        // kept for `placeholders`. Each index is written by the one thread
+        // that decodes it, and read only once the decoder has handed it over.
+        std::vector<QString> failures(total);
+        const auto decode = [&stack, &failures, keepDepth](int index,
+                                                           const QString& path) noexcept -> std::optional<NdArray> {
             try {
                 const auto intoSlot = [&](const Shape& shape, DType dtype) {
                     return stack.decodeTarget(index, shape, dtype);
                 };
                 const DecodedImage image = decodeStillImage(path, intoSlot);
                 return keepDepth ? keepStoredValues(image) : normaliseToUInt8(image);
+            } catch (const std::exception& e) {
+                failures[index] = QString::fromUtf8(e.what());
             } catch (...) {
-                return std::nullopt;
+                failures[index] = QStringLiteral("unknown failure");
             }
+            return std::nullopt;
         };
+        QMap<int, QString> placeholderReasons;
         std::vector<RawEntry> raw;
         raw.reserve(total);
         std::vector<int> channel_counts;
@@ -91,6 +99,7 @@ void _ImageLoaderWorker::run()
                     raw.emplace_back(std::move(*image));
                 } else {
                     raw.emplace_back(_filtered_list[idx]);
+                    placeholderReasons.insert(idx, failures[idx]);
                 }
                 emit progress(idx + 1, total);
             }
@@ -129,8 +138,10 @@ void _ImageLoaderWorker::run()
         }
 
         if (_cancelled) return;
+        NdArray result = stack.take();
         markSending();
-        emit finished(_load_id, stack.take());
+        if (!placeholderReasons.isEmpty()) emit placeholders(_load_id, placeholderReasons);
+        emit finished(_load_id, result);
     } catch (const std::exception& e) {
         if (!_cancelled) emit error(_load_id, QString::fromUtf8(e.what()));
     } catch (...) {

@@ -3,6 +3,7 @@
 #include "toolboxes/importData/sequence/SequenceReading.h"
 #include "toolboxes/importData/volume/NdArray.h"
 
+#include <QMap>
 #include <QObject>
 #include <QString>
 #include <QStringList>
@@ -39,6 +40,9 @@ public slots:
 
 signals:
     void progress(int done, int total);
+    // Sent just before `finished` when frames of the stack are placeholders:
+    // their rows, and why each file could not be read as an image.
+    void placeholders(int load_id, QMap<int, QString> reasons);
     void finished(int load_id, torvex::NdArray image_sequence);
     void error(int load_id, QString msg);
 };

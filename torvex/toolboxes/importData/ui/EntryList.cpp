@@ -61,6 +61,7 @@ void ImportData::onDataItemSelected(QListWidgetItem* current, QListWidgetItem*)
             const QSignalBlocker block(ui->listWidget_imageList);
             _populateImageListWidget(*filteredList, false, QSet<int>(checkedIndexes.begin(), checkedIndexes.end()));
         }
+        _markPlaceholderRows();
         const QSignalBlocker blockStart(ui->spinBox_rg1);
         const QSignalBlocker blockEnd(ui->spinBox_rg2);
         const QSignalBlocker blockOrder(ui->checkBox_naturalOrder);

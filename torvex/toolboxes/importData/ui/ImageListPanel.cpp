@@ -4,6 +4,9 @@
 #include "toolboxes/importData/sequence/FileFilter.h"
 #include "toolboxes/importData/sequence/PythonPath.h"
 
+#include <QSignalBlocker>
+#include <QStyle>
+
 namespace torvex {
 
 void ImportData::onFilterChanged()
@@ -35,6 +38,19 @@ void ImportData::onSequenceReadingChanged()
 {
     _session.reading = {.keepDepth = ui->checkBox_keepDepth->isChecked()};
     if (fileList) onFilterChanged();
+}
+
+void ImportData::_markPlaceholderRows()
+{
+    QListWidget* list = ui->listWidget_imageList;
+    // Icons and tool tips are item changes too: the checks are not touched.
+    const QSignalBlocker block(list);
+    for (auto it = _session.placeholderFrames.cbegin(); it != _session.placeholderFrames.cend(); ++it) {
+        QListWidgetItem* item = list->item(it.key());
+        if (!item) continue;
+        item->setIcon(style()->standardIcon(QStyle::SP_MessageBoxWarning));
+        item->setToolTip(item->toolTip() + "\nNot read as an image, shown as a placeholder frame: " + it.value());
+    }
 }
 
 QStringList ImportData::_showSequenceNotes(bool loaded)

@@ -198,6 +198,8 @@ private:
     // numbers out of order (which enables the natural-order box) and, once
     // loaded, missing numbers. Returns those notes.
     QStringList _showSequenceNotes(bool loaded);
+    // Marks the rows whose frames are placeholders: an icon, and why in the tool tip.
+    void _markPlaceholderRows();
 };
 
 } // namespace torvex

@@ -33,6 +33,7 @@ void ImportData::_onLoadFinished(int load_id, const NdArray& image_sequence)
 {
     if (!_session.acceptLoad(load_id, image_sequence)) return;
     _setLoadingState(false);
+    _markPlaceholderRows();
     ui->statusbar->showMessage(QString::number(image_sequence.extent(0)) + " image(s) loaded", 5000);
     const QStringList notes = _showSequenceNotes(true);
     for (const QString& note : notes) ui->statusbar->showMessage(note, 5000);

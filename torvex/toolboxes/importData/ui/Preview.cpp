@@ -75,7 +75,7 @@ void ImportData::_refreshPreview()
         ui->listWidget_imageList->selectionModel()->clearSelection();
         row->setSelected(true);
         ui->listWidget_imageList->scrollToItem(row);
-        ui->statusbar->showMessage(row->toolTip(), 5000);
+        ui->statusbar->showMessage(filteredList.value_or(QStringList()).value(checkedIndexes[listIdx]), 5000);
     }
 }
 

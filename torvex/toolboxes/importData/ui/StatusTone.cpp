@@ -15,6 +15,7 @@ StatusTone statusToneOf(const QString& message)
                                          "Cannot guess", "The file changed on disk"};
     for (const QString& start : warnings)
         if (message.startsWith(start)) return StatusTone::Warning;
+    if (message.contains(" frames are placeholders for files")) return StatusTone::Warning;
     static const QStringList successes = {"loaded successfully", "image(s) loaded", "files found in the folder",
                                           "Guessed "};
     for (const QString& part : successes)

@@ -158,22 +158,38 @@ void ImportSession::startLoad()
     load.start(filteredList.value_or(QStringList()), reading);
 }
 
-std::optional<QString> ImportSession::placeholderNotice(int row) const
+namespace {
+
+std::optional<QString> placeholderMessage(const QMap<int, QString>& placeholders, const QStringList& files,
+                                          const QList<int>& rows)
 {
-    const EntryStore::Entry* entry = entries.find(row);
-    if (!entry || entry->placeholderFrames.isEmpty() || !entry->record.data) return std::nullopt;
-    const DataEntry& record = entry->record;
-    const QStringList files = record.file_list.value_or(QStringList());
     QStringList names;
-    for (int frameRow : record.checked_indexes.value_or(firstRows(record.data->extent(0))))
-        if (entry->placeholderFrames.contains(frameRow) && frameRow < files.size())
-            names << pythonBasename(files[frameRow]);
+    for (int row : rows)
+        if (placeholders.contains(row) && row < files.size()) names << pythonBasename(files[row]);
     if (names.isEmpty()) return std::nullopt;
     const QString shown = names.mid(0, 3).join(", ") + (names.size() > 3 ? ", ..." : "");
     return QString("%1 of %2 frames are placeholders for files that could not be read: %3")
         .arg(names.size())
-        .arg(record.data->extent(0))
+        .arg(rows.size())
         .arg(shown);
+}
+
+} // namespace
+
+std::optional<QString> ImportSession::placeholderNotice(int row) const
+{
+    const EntryStore::Entry* entry = entries.find(row);
+    if (!entry || !entry->record.data) return std::nullopt;
+    const DataEntry& record = entry->record;
+    return placeholderMessage(entry->placeholderFrames, record.file_list.value_or(QStringList()),
+                              record.checked_indexes.value_or(firstRows(record.data->extent(0))));
+}
+
+std::optional<QString> ImportSession::loadedPlaceholderNotice() const
+{
+    if (!imageSequence) return std::nullopt;
+    return placeholderMessage(placeholderFrames, filteredList.value_or(QStringList()),
+                              firstRows(imageSequence->extent(0)));
 }
 
 bool ImportSession::acceptLoad(int load_id, const NdArray& image_sequence)

@@ -91,6 +91,8 @@ public:
     // a.png, b.png" when frames that importing the entry at `row` hands over
     // stand for files that are no image (the first three named).
     std::optional<QString> placeholderNotice(int row) const;
+    // The same for the whole stack loaded last.
+    std::optional<QString> loadedPlaceholderNotice() const;
 
     // Takes a load's stack, all of it chosen, into the current sequence entry
     // too; false for a superseded load.

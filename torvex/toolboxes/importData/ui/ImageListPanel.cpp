@@ -58,9 +58,10 @@ QStringList ImportData::_showSequenceNotes(bool loaded)
     const std::optional<QString> order = _session.naturalOrder ? std::nullopt : _session.outOfOrderNotice();
     ui->checkBox_naturalOrder->setEnabled(order || _session.naturalOrder);
     QStringList notes;
-    for (const std::optional<QString>& note : {order, loaded ? _session.missingFilesNotice() : std::nullopt})
+    for (const std::optional<QString>& note : {order, loaded ? _session.missingFilesNotice() : std::nullopt,
+                                               loaded ? _session.loadedPlaceholderNotice() : std::nullopt})
         if (note) notes << *note;
-    ui->label_missingFiles->setText(notes.join('\n'));
+    ui->label_sequenceNotes->setText(notes.join('\n'));
     return notes;
 }
 

@@ -45,6 +45,7 @@ ImportData::ImportData(QWidget* parent, AppContext* app_context, const QString& 
     ui->statusbar->addPermanentWidget(_bytes_badge);
     _toneStatus(ui->statusbar->currentMessage());
     connect(ui->statusbar, &QStatusBar::messageChanged, this, &ImportData::_toneStatus);
+    connect(ui->statusbar, &QStatusBar::messageChanged, this, &ImportData::_showStatusNotesIfSilent);
 
     _showFrameSlider(false);
 

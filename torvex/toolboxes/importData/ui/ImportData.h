@@ -200,6 +200,10 @@ private:
     QStringList _showSequenceNotes(bool loaded);
     // Marks the rows whose frames are placeholders: an icon, and why in the tool tip.
     void _markPlaceholderRows();
+    // The notes of the last load, shown once in the status bar when it next
+    // falls silent: they never replace a message of the window's own.
+    QStringList _statusNotes;
+    void _showStatusNotesIfSilent(const QString& message);
 };
 
 } // namespace torvex

@@ -2,10 +2,13 @@
 #include "toolboxes/importData/ui/ImportData.h"
 #include "toolboxes/importData/ui/PreviewImageItem.h"
 
+#include <utility>
+
 namespace torvex {
 
 void ImportData::_readImageSequence()
 {
+    _statusNotes.clear();
     _session.startLoad();
     _setLoadingState(true);
     ui->statusbar->showMessage("Loading " + QString::number(filteredList.value_or(QStringList()).size()) +
@@ -35,8 +38,8 @@ void ImportData::_onLoadFinished(int load_id, const NdArray& image_sequence)
     _setLoadingState(false);
     _markPlaceholderRows();
     ui->statusbar->showMessage(QString::number(image_sequence.extent(0)) + " image(s) loaded", 5000);
-    const QStringList notes = _showSequenceNotes(true);
-    for (const QString& note : notes) ui->statusbar->showMessage(note, 5000);
+    // The load's own messages come first; what the names tell waits beside the list.
+    _statusNotes = _showSequenceNotes(true);
     _showEntryRow(_session.entries.current());
     _refreshPreview();
     // Kept values are compared across frames: one display range for the
@@ -45,8 +48,6 @@ void ImportData::_onLoadFinished(int load_id, const NdArray& image_sequence)
         const auto [lo, hi] = image_sequence.minMax();
         preview_ImgItem2->setLevels(ValueRange{lo, hi});
     }
-    // The preview names the file it shows; what the names tell stays in sight.
-    if (!notes.isEmpty()) ui->statusbar->showMessage(notes.last(), 5000);
 }
 
 void ImportData::_onLoadError(int load_id, const QString& msg)
@@ -54,6 +55,12 @@ void ImportData::_onLoadError(int load_id, const QString& msg)
     if (load_id != _load_id) return;
     _setLoadingState(false);
     ui->statusbar->showMessage("Error loading images: " + msg, 5000);
+}
+
+void ImportData::_showStatusNotesIfSilent(const QString& message)
+{
+    if (!message.isEmpty() || _statusNotes.isEmpty() || _mode() != Mode::ImageSequence || !imageSequence) return;
+    ui->statusbar->showMessage(std::exchange(_statusNotes, {}).join("; "), 5000);
 }
 
 } // namespace torvex

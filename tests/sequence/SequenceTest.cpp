@@ -356,7 +356,12 @@ TEST(ImageLoaderWorker, StacksImagesAndPlaceholdersInOneChannelCount)
         _ImageLoaderWorker worker(7, paths);
         int progressCount = 0;
         std::vector<NdArray> stacks;
+        QList<int> decoded; // images shown before the stack is done
         QObject::connect(&worker, &_ImageLoaderWorker::progress, [&] { ++progressCount; });
+        QObject::connect(&worker, &_ImageLoaderWorker::frameDecoded, [&](int id, int index, const NdArray&) {
+            EXPECT_TRUE(id == 7 && stacks.empty());
+            decoded << index;
+        });
         QObject::connect(&worker, &_ImageLoaderWorker::finished, [&](int id, const NdArray& stack) {
             EXPECT_EQ(id, 7);
             stacks.push_back(stack);
@@ -366,6 +371,7 @@ TEST(ImageLoaderWorker, StacksImagesAndPlaceholdersInOneChannelCount)
         ASSERT_EQ(stacks.size(), 1u);
         EXPECT_EQ(stacks[0].shape(), shape);
         EXPECT_EQ(progressCount, names.size());
+        EXPECT_EQ(decoded, shape.size() == 3 ? QList<int>({0, 2}) : QList<int>());
     }
 }
 

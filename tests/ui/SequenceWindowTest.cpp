@@ -272,3 +272,22 @@ TEST_F(SequenceWindow, PlaceholderFramesAreMarkedAndNamedOnImport)
         }
     }
 }
+
+// While a load runs, the images decoded so far are shown as they come and the
+// frame controls move over them; a file that is no image shows nothing.
+TEST_F(SequenceWindow, ThePreviewFollowsTheFramesDecodedSoFar)
+{
+    ImportData w(nullptr, nullptr, {}, {}, true);
+    const auto shownWidth = [&] { return int(w.preview_ImgItem2->boundingRect().width()); };
+    w._onFrameDecoded(w._load_id, 0, NdArray::zeros({4, 5}, DType::UInt8));
+    EXPECT_EQ(shownWidth(), 5);
+    w._onFrameDecoded(w._load_id, 2, NdArray::zeros({4, 7}, DType::UInt16));
+    EXPECT_EQ(w.ui->spinBox_frame->maximum(), 3);
+    EXPECT_EQ(shownWidth(), 5); // the frame in view stays
+    w.ui->spinBox_frame->setValue(3);
+    EXPECT_EQ(shownWidth(), 7);
+    w.ui->spinBox_frame->setValue(2);
+    EXPECT_EQ(shownWidth(), 0);
+    w._onFrameDecoded(w._load_id - 1, 1, NdArray::zeros({4, 9}, DType::UInt8)); // a superseded load's
+    EXPECT_EQ(shownWidth(), 0);
+}

@@ -42,6 +42,7 @@ void ImageLoad::start(const QStringList& files, SequenceReading reading)
     auto* thread = new QThread(this);
     worker->moveToThread(thread);
     connect(worker, &_ImageLoaderWorker::progress, this, &ImageLoad::progress);
+    connect(worker, &_ImageLoaderWorker::frameDecoded, this, &ImageLoad::frameDecoded);
     connect(worker, &_ImageLoaderWorker::placeholders, this, &ImageLoad::placeholders);
     connect(worker, &_ImageLoaderWorker::finished, this, &ImageLoad::finished);
     connect(worker, &_ImageLoaderWorker::error, this, &ImageLoad::error);

@@ -37,6 +37,7 @@ public:
 signals:
     // The worker's own signals, passed on from the GUI thread.
     void progress(int done, int total);
+    void frameDecoded(int load_id, int index, const torvex::NdArray& frame);
     void placeholders(int load_id, const QMap<int, QString>& reasons);
     void finished(int load_id, const torvex::NdArray& image_sequence);
     void error(int load_id, const QString& msg);

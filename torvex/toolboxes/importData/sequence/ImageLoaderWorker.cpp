@@ -96,6 +96,8 @@ void _ImageLoaderWorker::run()
                     maxW = std::max(maxW, image->extent(1));
                     channel_counts.push_back(channelCountOf(*image));
                     stackType = stackType ? widenedType(*stackType, image->dtype()) : image->dtype();
+                    markSending();
+                    emit frameDecoded(_load_id, idx, *image);
                     raw.emplace_back(std::move(*image));
                 } else {
                     raw.emplace_back(_filtered_list[idx]);

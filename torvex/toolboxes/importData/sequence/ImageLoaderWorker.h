@@ -40,6 +40,9 @@ public slots:
 
 signals:
     void progress(int done, int total);
+    // An image of the list decoded in the first pass, as decoded (before the
+    // stack's channel count and size), so it can be looked at during the load.
+    void frameDecoded(int load_id, int index, torvex::NdArray frame);
     // Sent just before `finished` when frames of the stack are placeholders:
     // their rows, and why each file could not be read as an image.
     void placeholders(int load_id, QMap<int, QString> reasons);

@@ -93,6 +93,7 @@ ImportData::ImportData(QWidget* parent, AppContext* app_context, const QString& 
     connect(ui->listWidget_data, &QListWidget::itemChanged, this, &ImportData::onValidate_item_text);
     connect(ui->listWidget_data, &QListWidget::currentItemChanged, this, &ImportData::onDataItemSelected);
     connect(&_session.load, &ImageLoad::progress, this, &ImportData::_onLoadProgress);
+    connect(&_session.load, &ImageLoad::frameDecoded, this, &ImportData::_onFrameDecoded);
     connect(&_session.load, &ImageLoad::finished, this, &ImportData::_onLoadFinished);
     connect(&_session.load, &ImageLoad::error, this, &ImportData::_onLoadError);
 

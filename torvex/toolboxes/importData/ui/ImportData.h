@@ -22,6 +22,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 
 class QLabel;
 class QListWidgetItem;
@@ -135,6 +136,9 @@ public:
     void _readImageSequence();
     void _setLoadingState(bool loading);
     void _onLoadProgress(int done, int total);
+    // Shows the first image decoded at once and lets the frame controls move
+    // over those decoded so far, while the load runs.
+    void _onFrameDecoded(int load_id, int index, const NdArray& frame);
     void _onLoadFinished(int load_id, const NdArray& image_sequence);
     void _onLoadError(int load_id, const QString& msg);
 
@@ -203,6 +207,9 @@ private:
     // The notes of the last load, shown once in the status bar when it next
     // falls silent: they never replace a message of the window's own.
     QStringList _statusNotes;
+    // The images the running load has decoded so far, by row (none for files
+    // that are no image); dropped when the load ends.
+    std::vector<std::optional<NdArray>> _framesSoFar;
     void _showStatusNotesIfSilent(const QString& message);
 };
 

@@ -25,11 +25,25 @@ void ImportData::_setLoadingState(bool loading)
              ui->listWidget_data})
         w->setEnabled(enabled);
     ui->listWidget_imageList->blockSignals(loading);
+    _framesSoFar.clear();
 }
 
 void ImportData::_onLoadProgress(int done, int total)
 {
     ui->statusbar->showMessage("Loading image " + QString::number(done) + "/" + QString::number(total) + "\u2026", 0);
+}
+
+void ImportData::_onFrameDecoded(int load_id, int index, const NdArray& frame)
+{
+    if (load_id != _load_id || imageSequence) return;
+    if (index >= static_cast<int>(_framesSoFar.size())) _framesSoFar.resize(index + 1);
+    _framesSoFar[index] = frame;
+    const int count = static_cast<int>(_framesSoFar.size());
+    ui->spinBox_frame->setMaximum(count);
+    ui->horizontalSlider_frame->setMaximum(count);
+    ui->label_totalFrame->setText("/ " + QString::number(count));
+    _showFrameSlider(count > 1);
+    if (index == ui->spinBox_frame->value() - 1) _showFrame(preview_ImgItem2, frame);
 }
 
 void ImportData::_onLoadFinished(int load_id, const NdArray& image_sequence)

@@ -45,6 +45,9 @@ void ImportData::_markPlaceholderRows()
     QListWidget* list = ui->listWidget_imageList;
     // Icons and tool tips are item changes too: the checks are not touched.
     const QSignalBlocker block(list);
+    // A mark of the text's height, so marked rows stay as high as the others.
+    const int side = list->fontMetrics().height();
+    list->setIconSize(QSize(side, side));
     for (auto it = _session.placeholderFrames.cbegin(); it != _session.placeholderFrames.cend(); ++it) {
         QListWidgetItem* item = list->item(it.key());
         if (!item) continue;

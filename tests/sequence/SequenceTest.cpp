@@ -232,16 +232,11 @@ TEST(KeptDepth, AStackTakesTheNarrowestTypeHoldingEveryValueAndAnyFloatGivesFloa
 {
     using enum DType;
     const std::tuple<DType, DType, DType> cases[] = {
-        {UInt8, UInt16, UInt16}, {UInt8, Int16, Int16},   {UInt16, Int16, Int32},     {Int16, Int32, Int32},
-        {UInt8, UInt32, UInt32}, {UInt32, Int32, Float64}, {Int32, Float32, Float32}, {UInt16, UInt16, UInt16}};
-    for (const auto& [a, b, both] : cases) {
-        EXPECT_EQ(widenedType(a, b), both) << dtypeName(a) << " " << dtypeName(b);
-        EXPECT_EQ(widenedType(b, a), both) << dtypeName(b) << " " << dtypeName(a);
-    }
-    // 1-bit images keep 0 and 1; doubles narrow to float32.
-    NdArray bits = NdArray::zeros({1, 2}, UInt8);
-    bits.mutableData()[1] = std::byte{1};
-    EXPECT_EQ(keepStoredValues({bits, true}).minMax(), (std::pair<double, double>{0, 1}));
+        {UInt8, UInt16, UInt16}, {UInt8, Int16, Int16},   {UInt16, Int16, Int32},    {Int16, Int32, Int32},
+        {UInt8, UInt32, UInt32}, {UInt32, Int32, Float64}, {Int32, Float32, Float32}};
+    for (const auto& [a, b, both] : cases)
+        EXPECT_TRUE(widenedType(a, b) == both && widenedType(b, a) == both) << dtypeName(a) << " " << dtypeName(b);
+    // Doubles narrow to float32.
     EXPECT_EQ(keepStoredValues({NdArray::zeros({1, 2}, Float64), false}).dtype(), Float32);
 }
 

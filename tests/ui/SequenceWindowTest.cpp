@@ -279,3 +279,37 @@ TEST_F(SequenceWindow, ThePreviewFollowsTheFramesDecodedSoFar)
     w._onFrameDecoded(w._load_id - 1, 1, NdArray::zeros({4, 9}, DType::UInt8)); // a superseded load's
     EXPECT_EQ(shownWidth(), 0);
 }
+
+// A 40-page TIFF of 16-bit slices: with every page a frame each page is a row
+// and a frame, as Pillow and the generated code read it.
+TEST_F(SequenceWindow, EveryPageOfAMultiPageTiffIsARowAndAFrame)
+{
+    QTemporaryDir scans;
+    test::runPython(R"(
+import sys, numpy as np, PIL.Image
+moon = np.array(PIL.Image.open("/usr/lib/python3/dist-packages/skimage/data/moon.png"))[:64, :48].astype(np.uint16)
+pages = [PIL.Image.fromarray(moon * 200 + 311 * k) for k in range(40)]
+pages[0].save(sys.argv[1] + "/stack.tif", save_all=True, append_images=pages[1:])
+)", {scans.path()});
+    ImportData w(nullptr, nullptr, {}, scans.path(), true);
+    ASSERT_TRUE(waitForLoad(w));
+    EXPECT_EQ(w.imageSequence->extent(0), 1);
+    w.ui->checkBox_keepDepth->setChecked(true);
+    w.ui->checkBox_allPages->setChecked(true);
+    ASSERT_TRUE(waitForLoad(w));
+    ASSERT_EQ(w.imageSequence->shape(), (Shape{40, 64, 48}));
+    EXPECT_EQ(w.ui->listWidget_imageList->item(2)->text(), "stack.tif [3/40]");
+    EXPECT_EQ(w.ui->listWidget_imageList->item(2)->toolTip(), scans.filePath("stack.tif") + " [3/40]");
+    w.ui->spinBox_rg1->setValue(39);
+    EXPECT_EQ(w.selectedimageSequence->extent(0), 2);
+
+    const QString npy = scans.filePath("stack.npy");
+    saveNpy(*w.imageSequence, npy);
+    const QString text = imageSequenceLoadFunctionText(*w.filteredList, "*.tif", false, false, w.session().reading);
+    EXPECT_EQ(test::runPython(text + R"(
+import sys, numpy as np, PIL.Image, PIL.ImageSequence
+tool = np.load(sys.argv[2])
+pillow = np.stack([np.array(p) for p in PIL.ImageSequence.Iterator(PIL.Image.open(sys.argv[1] + "/stack.tif"))])
+print(np.array_equal(tool, pillow), np.array_equal(load_image_sequence(sys.argv[1])[..., 0], tool))
+)", {scans.path(), npy}), "True True");
+}

@@ -89,8 +89,21 @@ QString imageSequenceLoadFunctionText(const QStringList& fileList, const QString
         "    All images keep their stored values in one type that holds them all,",
         QString::fromUtf8("    are brought to RGB and centre-padded to the largest width \u00d7 height."),
     };
-    const QString readValues =
-        keep ? "_stored_values(PIL.Image.open(path))" : "_normalise_to_uint8(np.array(PIL.Image.open(path)))";
+    // With every page, each page of a file is read as one image is otherwise.
+    const bool pages = reading.allPages;
+    const QString image = pages ? "page" : "PIL.Image.open(path)";
+    const QString readValues = keep ? "_stored_values(" + image + ")" : "_normalise_to_uint8(np.array(" + image + "))";
+    const QStringList readImage = QStringList{
+        "            arr = " + readValues,
+        "            maxH = max(maxH, arr.shape[0])",
+        "            maxW = max(maxW, arr.shape[1] if arr.ndim >= 2 else 1)",
+        "            raw.append(arr)",
+    };
+    QStringList readFile = readImage;
+    if (pages) {
+        for (QString& row : readFile) row.prepend("    ");
+        readFile.prepend("            for page in PIL.ImageSequence.Iterator(PIL.Image.open(path)):");
+    }
     const QStringList stackType = !keep ? QStringList{} : QStringList{"    dtype = _stack_type(raw)"};
     const QStringList toStackType = !keep ? QStringList{} : QStringList{"        img = img.astype(dtype, copy=False)"};
 
@@ -98,6 +111,7 @@ QString imageSequenceLoadFunctionText(const QStringList& fileList, const QString
         "import os",
         "import numpy as np",
         "import PIL.Image",
+    } + (pages ? QStringList{"import PIL.ImageSequence"} : QStringList{}) + QStringList{
         "",
         "",
     } + valueHelpers + QStringList{
@@ -123,10 +137,7 @@ QString imageSequenceLoadFunctionText(const QStringList& fileList, const QString
         "    maxH = maxW = 0",
         "    for path in filtered:",
         "        try:",
-        "            arr = " + readValues,
-        "            maxH = max(maxH, arr.shape[0])",
-        "            maxW = max(maxW, arr.shape[1] if arr.ndim >= 2 else 1)",
-        "            raw.append(arr)",
+    } + readFile + QStringList{
         "        except Exception:",
         "            pass  # skip non-image / unreadable files",
         "",

@@ -14,7 +14,8 @@ namespace torvex {
 // usage comment. With naturalOrder the files are sorted by the natural order
 // of their names (see naturalLess) instead of plainly. `reading` as the loader
 // took it: with keepDepth the images keep their stored values in the one type
-// the loader widens them to, instead of the 8-bit stretch.
+// the loader widens them to, instead of the 8-bit stretch; with allPages every
+// page of a file is an image of the sequence.
 // Throws std::runtime_error when fileList is empty.
 QString imageSequenceLoadFunctionText(const QStringList& fileList, const QString& filterText, bool useRegex,
                                       bool naturalOrder = false, SequenceReading reading = {});

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "toolboxes/importData/entries/DataEntry.h"
+#include "toolboxes/importData/sequence/FramePages.h"
 #include "toolboxes/importData/sequence/SequenceReading.h"
 
 #include <QMap>
@@ -26,6 +27,7 @@ public:
         std::optional<QStringList> fileList;
         bool naturalOrder = false;
         SequenceReading reading;
+        QList<FramePage> framePages;          // see ImportSession::framePages
         QMap<int, QString> placeholderFrames; // see ImportSession::placeholderFrames
     };
 

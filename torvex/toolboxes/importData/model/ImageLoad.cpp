@@ -34,11 +34,11 @@ bool ImageLoad::cancel()
     return true;
 }
 
-void ImageLoad::start(const QStringList& files, SequenceReading reading)
+void ImageLoad::start(const QStringList& files, SequenceReading reading, const QList<FramePage>& pages)
 {
     stop();
     ++_load_id;
-    auto* worker = new _ImageLoaderWorker(_load_id, files, reading);
+    auto* worker = new _ImageLoaderWorker(_load_id, files, reading, pages);
     auto* thread = new QThread(this);
     worker->moveToThread(thread);
     connect(worker, &_ImageLoaderWorker::progress, this, &ImageLoad::progress);

@@ -26,7 +26,7 @@ public:
 
     bool running() const;
     // Stops the running load, then starts one of `files` under a new number.
-    void start(const QStringList& files, SequenceReading reading = {});
+    void start(const QStringList& files, SequenceReading reading = {}, const QList<FramePage>& pages = {});
     // Asks the running load to stop and waits a little for it; a worker still
     // busy after that runs out on its own and is ignored.
     void stop();

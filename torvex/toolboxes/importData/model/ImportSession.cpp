@@ -3,6 +3,7 @@
 #include "toolboxes/importData/model/AppContext.h"
 #include "toolboxes/importData/entries/OutputFormat.h"
 #include "toolboxes/importData/sequence/FileFilter.h"
+#include "toolboxes/importData/sequence/FramePages.h"
 #include "toolboxes/importData/sequence/NumberedNames.h"
 #include "toolboxes/importData/sequence/PythonPath.h"
 #include "toolboxes/importData/sequence/ThreadHandOff.h"
@@ -101,6 +102,7 @@ std::optional<QString> ImportSession::outOfOrderNotice() const
 {
     QStringList names;
     for (const QString& path : filteredList.value_or(QStringList())) names << pythonBasename(path);
+    names.removeDuplicates(); // the rows of a file's pages
     sortFiles(names, false);
     const auto pair = firstNumberedPairOutOfOrder(names);
     if (!pair) return std::nullopt;
@@ -111,6 +113,7 @@ std::optional<QString> ImportSession::missingFilesNotice() const
 {
     QStringList names;
     for (const QString& path : filteredList.value_or(QStringList())) names << pythonBasename(path);
+    names.removeDuplicates();
     const std::optional<MissingNumbers> gap = missingNumbers(names);
     if (!gap) return std::nullopt;
     return missingNumbersMessage(*gap);
@@ -143,6 +146,12 @@ void ImportSession::applyFilter(const QString& pattern, bool wildcard)
 {
     if (!fileList) throw std::runtime_error("No files are open");
     filteredList = filterFiles(*fileList, pattern, wildcard);
+    framePages.clear();
+    if (reading.allPages) {
+        PagedRows rows = everyPage(*filteredList);
+        filteredList = std::move(rows.paths);
+        framePages = std::move(rows.pages);
+    }
     checkedIndexes = firstRows(filteredList->size());
     // The stacks belong to the previous list: choosing frames from them now
     // would pair this list's names with another list's images.
@@ -155,7 +164,7 @@ void ImportSession::startLoad()
     imageSequence.reset();
     selectedimageSequence.reset();
     placeholderFrames.clear();
-    load.start(filteredList.value_or(QStringList()), reading);
+    load.start(filteredList.value_or(QStringList()), reading, framePages);
 }
 
 namespace {
@@ -246,7 +255,8 @@ int ImportSession::addEntry(const QString& name, Mode mode, const std::optional<
     }
     const bool sequence = mode == Mode::ImageSequence;
     const int row = entries.add({name, record, sequence ? fileList : std::nullopt, sequence && naturalOrder,
-                                 sequence ? reading : SequenceReading{}, sequence ? placeholderFrames : QMap<int, QString>{}});
+                                 sequence ? reading : SequenceReading{}, sequence ? framePages : QList<FramePage>{},
+                                 sequence ? placeholderFrames : QMap<int, QString>{}});
     entries.setCurrent(row);
     _pending_add_entry = false;
     return row;
@@ -274,6 +284,7 @@ void ImportSession::updateCurrentEntry(const VolumeParams& panel)
         updated.fileList = fileList;
         updated.naturalOrder = naturalOrder;
         updated.reading = reading;
+        updated.framePages = framePages;
         updated.placeholderFrames = placeholderFrames;
     }
     entries.write(entries.current(), updated);
@@ -296,6 +307,7 @@ const EntryStore::Entry* ImportSession::selectEntry(int row)
     if (entry->fileList) fileList = entry->fileList; // its filter chooses from its own folder again
     naturalOrder = entry->naturalOrder;
     reading = entry->reading;
+    framePages = entry->framePages;
     placeholderFrames = entry->placeholderFrames;
     imageSequence = record.image_sequence;
     selectedimageSequence = record.data;

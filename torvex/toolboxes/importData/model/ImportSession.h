@@ -46,6 +46,7 @@ public:
     std::optional<QString> _current_file_path;  // the raw file behind readedBinary
     bool naturalOrder = false;                  // image files in the natural order of their names
     SequenceReading reading;                    // how the image files are read
+    QList<FramePage> framePages;                // with every page read: the page of each row of filteredList
     ImageLoad load;
     EntryStore entries;
 
@@ -75,8 +76,9 @@ public:
     void keepDecoded() { transferedData = prasedData; }
 
     // Filters the file list (see filterFiles) and checks every file that
-    // passes; the stacks of the previous list go. Throws for a bad pattern
-    // and when no files are open.
+    // passes, with every page read one row per page (see everyPage); the
+    // stacks of the previous list go. Throws for a bad pattern and when no
+    // files are open.
     void applyFilter(const QString& pattern, bool wildcard);
     // Starts loading the filtered files; their stack arrives with acceptLoad.
     void startLoad();

@@ -36,8 +36,9 @@ std::string channelMismatch(const QString& path, const NdArray& frame)
 
 } // namespace
 
-_ImageLoaderWorker::_ImageLoaderWorker(int load_id, const QStringList& filtered_list, SequenceReading reading)
-    : QObject(nullptr), _load_id(load_id), _filtered_list(filtered_list), _reading(reading)
+_ImageLoaderWorker::_ImageLoaderWorker(int load_id, const QStringList& filtered_list, SequenceReading reading,
+                                       const QList<FramePage>& pages)
+    : QObject(nullptr), _load_id(load_id), _filtered_list(filtered_list), _reading(reading), _pages(pages)
 {
     qRegisterMetaType<NdArray>();
 }
@@ -66,13 +67,13 @@ void _ImageLoaderWorker::run()
         // kept for `placeholders`. Each index is written by the one thread
         // that decodes it, and read only once the decoder has handed it over.
         std::vector<QString> failures(total);
-        const auto decode = [&stack, &failures, keepDepth](int index,
-                                                           const QString& path) noexcept -> std::optional<NdArray> {
+        const auto decode = [this, &stack, &failures, keepDepth](int index,
+                                                                 const QString& path) noexcept -> std::optional<NdArray> {
             try {
                 const auto intoSlot = [&](const Shape& shape, DType dtype) {
                     return stack.decodeTarget(index, shape, dtype);
                 };
-                const DecodedImage image = decodeStillImage(path, intoSlot);
+                const DecodedImage image = decodeStillImagePage(path, _pages.value(index).page, intoSlot);
                 return keepDepth ? keepStoredValues(image) : normaliseToUInt8(image);
             } catch (const std::exception& e) {
                 failures[index] = QString::fromUtf8(e.what());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "toolboxes/importData/sequence/FramePages.h"
 #include "toolboxes/importData/sequence/SequenceReading.h"
 #include "toolboxes/importData/volume/NdArray.h"
 
@@ -24,7 +25,9 @@ namespace torvex {
 class _ImageLoaderWorker : public QObject {
     Q_OBJECT
 public:
-    _ImageLoaderWorker(int load_id, const QStringList& filtered_list, SequenceReading reading = {});
+    // `pages`: the page of each path to read (see everyPage); none, the first.
+    _ImageLoaderWorker(int load_id, const QStringList& filtered_list, SequenceReading reading = {},
+                       const QList<FramePage>& pages = {});
 
     // Called from another thread while run() works: the run stops at its next
     // check and sends neither `finished` nor `error`.
@@ -33,6 +36,7 @@ public:
     const int _load_id;
     const QStringList _filtered_list;
     const SequenceReading _reading;
+    const QList<FramePage> _pages;
     std::atomic<bool> _cancelled{false};
 
 public slots:

@@ -2,6 +2,7 @@
 #include "toolboxes/importData/ui/ImportData.h"
 
 #include "toolboxes/importData/sequence/FileFilter.h"
+#include "toolboxes/importData/sequence/FramePages.h"
 #include "toolboxes/importData/sequence/PythonPath.h"
 
 #include <QSignalBlocker>
@@ -36,7 +37,8 @@ void ImportData::onNaturalOrderChanged()
 
 void ImportData::onSequenceReadingChanged()
 {
-    _session.reading = {.keepDepth = ui->checkBox_keepDepth->isChecked()};
+    _session.reading = {.keepDepth = ui->checkBox_keepDepth->isChecked(),
+                        .allPages = ui->checkBox_allPages->isChecked()};
     if (fileList) onFilterChanged();
 }
 
@@ -77,8 +79,10 @@ void ImportData::_populateImageListWidget(const QStringList& file_list, bool che
         auto* item = new QListWidgetItem;
         item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
         item->setCheckState(checked_all || checked_indexes.contains(idx) ? Qt::Checked : Qt::Unchecked);
-        item->setText(displayName(pythonBasename(file_list[idx])));
-        item->setToolTip(file_list[idx]);
+        // Rows of a file's pages carry its page beside the name and in the tool tip.
+        const FramePage page = _session.framePages.value(idx);
+        item->setText(pageLabel(displayName(pythonBasename(file_list[idx])), page));
+        item->setToolTip(pageLabel(file_list[idx], page));
         list->addItem(item);
     }
 }

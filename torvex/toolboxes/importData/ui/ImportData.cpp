@@ -81,6 +81,7 @@ ImportData::ImportData(QWidget* parent, AppContext* app_context, const QString& 
     connect(ui->lineEdit_filter, &QLineEdit::editingFinished, this, &ImportData::onFilterChanged);
     connect(ui->checkBox_naturalOrder, &QCheckBox::toggled, this, &ImportData::onNaturalOrderChanged);
     connect(ui->checkBox_keepDepth, &QCheckBox::toggled, this, &ImportData::onSequenceReadingChanged);
+    connect(ui->checkBox_allPages, &QCheckBox::toggled, this, &ImportData::onSequenceReadingChanged);
     connect(ui->spinBox_rg1, &QSpinBox::valueChanged, this, [this] { onSelectedRangeChanged("S"); });
     connect(ui->spinBox_rg2, &QSpinBox::valueChanged, this, [this] { onSelectedRangeChanged("E"); });
     connect(ui->pushButton_allSelection, &QPushButton::clicked, this, &ImportData::onSelectAll);

@@ -127,7 +127,8 @@ public:
     void onFilterChanged();
     // Sorts the image files by the numbers in their names, or plainly again.
     void onNaturalOrderChanged();
-    // Reads the image files again as the reading boxes say (bit depth kept).
+    // Reads the image files again as the reading boxes say (bit depth kept,
+    // every page a frame).
     void onSequenceReadingChanged();
     void onSelectAll();
     void onSelectionChanged();

@@ -176,7 +176,7 @@ TEST_F(SequenceWindow, ANumberedFolderIsSortedByNumberOnRequestAndReportedWithIt
     const QString missing = "Missing 1 of 120 numbered files: 57";
     QStringList shown;
     for (const QList<QVariant>& m : messages) shown << m.at(0).toString();
-    // The load's messages as designed; the notes beside the list, and in the
+    // The load's own messages; the notes beside the list, and in the
     // status bar once it falls silent.
     const qsizetype loaded = shown.indexOf("119 image(s) loaded");
     ASSERT_GE(loaded, 0);

@@ -1,9 +1,12 @@
 // The image-sequence side of the window under load: choosing frames in a
-// 1000-frame stack, and opening a folder of 20 000 files.
+// 1000-frame stack, opening a folder of 20 000 files, and how soon the first
+// image of a load is on screen once decoded.
 #include "BenchReport.h"
 #include "toolboxes/importData/ImportData.h"
+#include "toolboxes/importData/ui/PreviewImageItem.h"
 
 #include <QApplication>
+#include <QImage>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -73,6 +76,27 @@ int main(int argc, char** argv)
         ImportData w(nullptr, nullptr, {}, {}, true);
         report("open a folder of 20 000 files, listed and sorted, until the load starts",
                secondsOf([&] { w.openFile(dir.path()); }), 0.1);
+    }
+    {
+        // Large images, so that the first is decoded well after the load starts.
+        QTemporaryDir dir;
+        QImage image(2048, 2048, QImage::Format_RGB888);
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x) image.setPixel(x, y, qRgb(x ^ y, x * 7 + y, (x * y) >> 4));
+        for (int i = 0; i < 8; ++i) image.save(dir.filePath(QString("big_%1.png").arg(i)));
+        ImportData w(nullptr, nullptr, {}, {}, true);
+        std::chrono::steady_clock::time_point decoded, shown;
+        w.openFile(dir.path());
+        // In the loader's thread, the moment the decoded image is sent.
+        QObject::connect(w._loader_worker.data(), &_ImageLoaderWorker::frameDecoded, w._loader_worker.data(),
+                         [&] { decoded = std::chrono::steady_clock::now(); }, Qt::DirectConnection);
+        QObject::connect(w.preview_ImgItem2, &PreviewImageItem::frameShown, &w, [&] {
+            if (shown == std::chrono::steady_clock::time_point{}) shown = std::chrono::steady_clock::now();
+        });
+        while (shown == std::chrono::steady_clock::time_point{} && w.session().load.running())
+            QApplication::processEvents(QEventLoop::AllEvents, 1);
+        report("first image of a load on screen after its decode", std::chrono::duration<double>(shown - decoded).count(),
+               0.1);
     }
     return 0;
 }

@@ -4,6 +4,7 @@
 #include "toolboxes/importData/sequence/FileFilter.h"
 #include "toolboxes/importData/sequence/FrameShape.h"
 #include "toolboxes/importData/sequence/ImageLoaderWorker.h"
+#include "toolboxes/importData/sequence/KeptDepth.h"
 #include "toolboxes/importData/sequence/Normalise8Bit.h"
 #include "toolboxes/importData/sequence/NumberedNames.h"
 #include "toolboxes/importData/sequence/PlaceholderFrame.h"
@@ -117,12 +118,15 @@ px = rng.integers(0, 256, (4, 4, 3))
 png('other_trns', px, 2, before=chunk(b'tRNS', b'\0\0\0\0\0\0'))
 png('other_sbit', px, 2, before=chunk(b'sBIT', b'\5\5\5'))
 png('other_interlaced', px, 2, interlace=1)
-png('other_16bit', px, 2, depth=16)
 png('other_palette', px[:, :, 0], 3, before=chunk(b'PLTE', bytes(768)))
 png('damaged_crc', px, 2, idat_crc=0)
 png('damaged_filter', px, 2, data=bytes([5]) + bytes(12) + bytes([0]) + bytes(12) * 3)
 png('damaged_short', px, 2, data=filtered(px, 3)[:-1])
 open(f'{d}/damaged_cut.png', 'wb').write(open(f'{d}/plain_2_7x5.png', 'rb').read()[:60])
+for ctype, ch, h, w in ((0, 1, 33, 17), (6, 4, 7, 5)): # 16 bits: filtered as big-endian bytes, read native
+    px = rng.integers(0, 65536, (h, w, ch))
+    png(f'plain_{ctype}_16bit_{h}x{w}', px.astype('>u2').view(np.uint8).reshape(h, w, 2 * ch), ctype, depth=16)
+    open(f'{d}/plain_{ctype}_16bit_{h}x{w}.raw', 'wb').write(px.astype('=u2').tobytes())
 )";
 
 QString sequenceFile(const QString& name)
@@ -222,6 +226,18 @@ NdArray counting(const Shape& shape)
     NdArray a = NdArray::empty(shape, DType::UInt8);
     std::iota(reinterpret_cast<uint8_t*>(a.mutableData()), reinterpret_cast<uint8_t*>(a.mutableData()) + a.size(), 1);
     return a;
+}
+
+TEST(KeptDepth, AStackTakesTheNarrowestTypeHoldingEveryValueAndAnyFloatGivesFloat32)
+{
+    using enum DType;
+    const std::tuple<DType, DType, DType> cases[] = {
+        {UInt8, UInt16, UInt16}, {UInt8, Int16, Int16},   {UInt16, Int16, Int32},    {Int16, Int32, Int32},
+        {UInt8, UInt32, UInt32}, {UInt32, Int32, Float64}, {Int32, Float32, Float32}};
+    for (const auto& [a, b, both] : cases)
+        EXPECT_TRUE(widenedType(a, b) == both && widenedType(b, a) == both) << dtypeName(a) << " " << dtypeName(b);
+    // Doubles narrow to float32.
+    EXPECT_EQ(keepStoredValues({NdArray::zeros({1, 2}, Float64), false}).dtype(), Float32);
 }
 
 TEST(PadToCentre, OddRowGoesBelowOddColumnRightAndFullSizeIsNotCopied)
@@ -338,7 +354,12 @@ TEST(ImageLoaderWorker, StacksImagesAndPlaceholdersInOneChannelCount)
         _ImageLoaderWorker worker(7, paths);
         int progressCount = 0;
         std::vector<NdArray> stacks;
+        QList<int> decoded; // images shown before the stack is done
         QObject::connect(&worker, &_ImageLoaderWorker::progress, [&] { ++progressCount; });
+        QObject::connect(&worker, &_ImageLoaderWorker::frameDecoded, [&](int id, int index, const NdArray&) {
+            EXPECT_TRUE(id == 7 && stacks.empty());
+            decoded << index;
+        });
         QObject::connect(&worker, &_ImageLoaderWorker::finished, [&](int id, const NdArray& stack) {
             EXPECT_EQ(id, 7);
             stacks.push_back(stack);
@@ -348,6 +369,7 @@ TEST(ImageLoaderWorker, StacksImagesAndPlaceholdersInOneChannelCount)
         ASSERT_EQ(stacks.size(), 1u);
         EXPECT_EQ(stacks[0].shape(), shape);
         EXPECT_EQ(progressCount, names.size());
+        EXPECT_EQ(decoded, shape.size() == 3 ? QList<int>({0, 2}) : QList<int>());
     }
 }
 
@@ -391,7 +413,7 @@ TEST(FileFilter, DisplayNamesKeepTheExtension)
 TEST(PlainPng, ReadsEveryFilterColourTypeAndChunkLayout)
 {
     const QStringList names = QDir(sequenceFile("")).entryList({"plain_*.png"});
-    ASSERT_EQ(names.size(), 13);
+    ASSERT_EQ(names.size(), 15);
     for (const QString& name : names) {
         const std::optional<NdArray> pixels = decodePlainPng(test::readFile(sequenceFile(name)), NdArray::empty);
         ASSERT_TRUE(pixels) << name.toStdString();
@@ -407,8 +429,7 @@ TEST(PlainPng, ReadsEveryFilterColourTypeAndChunkLayout)
 
 TEST(PlainPng, LeavesOtherFilesToTheGeneralDecoderAndRefusesDamage)
 {
-    for (const char* name : {"other_trns.png", "other_sbit.png", "other_interlaced.png", "other_16bit.png",
-                             "other_palette.png"})
+    for (const char* name : {"other_trns.png", "other_sbit.png", "other_interlaced.png", "other_palette.png"})
         EXPECT_FALSE(decodePlainPng(test::readFile(sequenceFile(name)), NdArray::empty)) << name;
     EXPECT_FALSE(decodePlainPng("GIF89a", NdArray::empty));
     for (const char* name : {"damaged_crc.png", "damaged_filter.png", "damaged_short.png", "damaged_cut.png"})

@@ -3,6 +3,7 @@
 #include "toolboxes/importData/ImportData.h"
 #include "toolboxes/importData/loadfunction/ImageSequenceLoadFunction.h"
 #include "toolboxes/importData/model/AppContext.h"
+#include "toolboxes/importData/ui/PreviewImageItem.h"
 
 #include "../support/TempFiles.h"
 #include "../support/WaitUntil.h"
@@ -175,11 +176,14 @@ TEST_F(SequenceWindow, ANumberedFolderIsSortedByNumberOnRequestAndReportedWithIt
     const QString missing = "Missing 1 of 120 numbered files: 57";
     QStringList shown;
     for (const QList<QVariant>& m : messages) shown << m.at(0).toString();
+    // The load's own messages; the notes beside the list, and in the
+    // status bar once it falls silent.
     const qsizetype loaded = shown.indexOf("119 image(s) loaded");
     ASSERT_GE(loaded, 0);
-    EXPECT_EQ(shown.mid(loaded + 1, 2), (QStringList{outOfOrder, missing}));
-    EXPECT_EQ(status(w), missing);
-    EXPECT_EQ(w.ui->label_missingFiles->text(), outOfOrder + "\n" + missing);
+    EXPECT_EQ(shown.mid(loaded + 1), QStringList{w.filteredList->at(0)});
+    EXPECT_EQ(w.ui->label_sequenceNotes->text(), outOfOrder + "\n" + missing);
+    w.ui->statusbar->clearMessage();
+    EXPECT_EQ(status(w), outOfOrder + "; " + missing);
     EXPECT_TRUE(w.ui->checkBox_naturalOrder->isEnabled());
     EXPECT_FALSE(w.ui->checkBox_naturalOrder->isChecked());
 
@@ -196,4 +200,90 @@ TEST_F(SequenceWindow, ANumberedFolderIsSortedByNumberOnRequestAndReportedWithIt
         EXPECT_EQ(python, frameNumbers(*w.imageSequence).join(','));
     }
     EXPECT_EQ(w.session().entries.find(0)->naturalOrder, true);
+}
+
+// A frame drawn for a file that is no image is marked in the list, and an
+// import that holds it says so in amber after the import notice.
+TEST_F(SequenceWindow, PlaceholderFramesAreMarkedAndNamedOnImport)
+{
+    AppContext context;
+    ImportData w(nullptr, &context, {}, folder.path(), true);
+    ASSERT_TRUE(waitForLoad(w));
+    QListWidgetItem* text = w.ui->listWidget_imageList->item(3);
+    EXPECT_FALSE(text->icon().isNull());
+    EXPECT_TRUE(text->toolTip().startsWith(folder.filePath("notes.txt") + "\nNot read as an image"));
+    EXPECT_TRUE(w.ui->listWidget_imageList->item(0)->icon().isNull());
+    const QString loadNotice = "1 of 4 frames are placeholders for files that could not be read: notes.txt";
+    EXPECT_EQ(w.ui->label_sequenceNotes->text(), loadNotice);
+    for (const bool placeholderChosen : {true, false}) {
+        text->setCheckState(placeholderChosen ? Qt::Checked : Qt::Unchecked);
+        w.onImport();
+        EXPECT_EQ(status(w) == loadNotice, placeholderChosen);
+        EXPECT_EQ(w.ui->statusbar->styleSheet().contains("#a85d00"), placeholderChosen); // amber
+    }
+}
+
+// While a load runs, the images decoded so far are shown as they come and the
+// frame controls move over them; a file that is no image shows nothing.
+TEST_F(SequenceWindow, ThePreviewFollowsTheFramesDecodedSoFar)
+{
+    ImportData w(nullptr, nullptr, {}, {}, true);
+    const auto shownWidth = [&] { return int(w.preview_ImgItem2->boundingRect().width()); };
+    w._onFrameDecoded(w._load_id, 0, NdArray::zeros({4, 5}, DType::UInt8));
+    EXPECT_EQ(shownWidth(), 5);
+    w._onFrameDecoded(w._load_id, 2, NdArray::zeros({4, 7}, DType::UInt16));
+    EXPECT_EQ(w.ui->spinBox_frame->maximum(), 3);
+    EXPECT_EQ(shownWidth(), 5); // the frame in view stays
+    w.ui->spinBox_frame->setValue(3);
+    EXPECT_EQ(shownWidth(), 7);
+    w.ui->spinBox_frame->setValue(2);
+    EXPECT_EQ(shownWidth(), 0);
+    w._onFrameDecoded(w._load_id - 1, 1, NdArray::zeros({4, 9}, DType::UInt8)); // a superseded load's
+    EXPECT_EQ(shownWidth(), 0);
+}
+
+// Slices of a real scan at 16 bits (PNG, TIFF and a 40-page TIFF) beside an
+// 8-bit one and a file that is no image: each box reloads; the values stay
+// those Pillow reads, in one widened type, every page a row and a frame, as
+// the generated code reads them.
+TEST_F(SequenceWindow, KeptDepthAndEveryPageMatchPillowValueForValueAndTheGeneratedCode)
+{
+    QTemporaryDir scans;
+    test::runPython(R"(
+import sys, numpy as np, PIL.Image
+d, moon = sys.argv[1], np.array(PIL.Image.open("/usr/lib/python3/dist-packages/skimage/data/moon.png"))[:64, :48]
+for k, ext in enumerate(["png", "tif"]):
+    PIL.Image.fromarray((moon * 251 + 997 * k).astype(np.uint16)).save(f"{d}/s{k}.{ext}")
+PIL.Image.fromarray(moon).save(d + "/s2.png")
+pages = [PIL.Image.fromarray((moon * 200 + 311 * k).astype(np.uint16)) for k in range(40)]
+pages[0].save(d + "/s3.tif", save_all=True, append_images=pages[1:])
+open(d + "/s4.png", "wb").write(b"not an image")
+)", {scans.path()});
+    ImportData w(nullptr, nullptr, {}, scans.path(), true);
+    ASSERT_TRUE(waitForLoad(w));
+    EXPECT_EQ(w.imageSequence->dtype(), DType::UInt8);
+    w.ui->checkBox_keepDepth->setChecked(true);
+    ASSERT_TRUE(waitForLoad(w));
+    ASSERT_EQ(w.imageSequence->shape(), (Shape{5, 64, 48}));
+    const auto [lo, hi] = w.imageSequence->minMax();
+    EXPECT_EQ(w.preview_ImgItem2->levels(), (ValueRange{lo, hi})); // one display range over all frames
+    w.ui->checkBox_allPages->setChecked(true);
+    ASSERT_TRUE(waitForLoad(w));
+    ASSERT_EQ(w.imageSequence->shape(), (Shape{44, 64, 48}));
+    EXPECT_EQ(w.ui->listWidget_imageList->item(5)->text(), "s3.tif [3/40]");
+    EXPECT_EQ(w.ui->listWidget_imageList->item(5)->toolTip(), scans.filePath("s3.tif") + " [3/40]");
+    w.ui->spinBox_rg1->setValue(43);
+    EXPECT_EQ(w.selectedimageSequence->extent(0), 2);
+
+    const QString npy = scans.filePath("stack.npy");
+    saveNpy(*w.imageSequence, npy);
+    const QString text = imageSequenceLoadFunctionText(*w.filteredList, "s*", false, false, w.session().reading);
+    EXPECT_EQ(test::runPython(text + R"(
+import sys, glob, numpy as np, PIL.Image, PIL.ImageSequence
+tool = np.load(sys.argv[2])
+files = sorted(glob.glob(sys.argv[1] + "/s[0-3].*"))
+pillow = [np.array(p) for f in files for p in PIL.ImageSequence.Iterator(PIL.Image.open(f))]
+print(tool.dtype, all(np.array_equal(t, p) for t, p in zip(tool, pillow)), len(pillow),
+      np.array_equal(load_image_sequence(sys.argv[1])[..., 0], tool[:43]), int(tool[43].max()) <= 255)
+)", {scans.path(), npy}), "uint16 True 43 True True");
 }

@@ -1,7 +1,10 @@
 #pragma once
 
 #include "toolboxes/importData/entries/DataEntry.h"
+#include "toolboxes/importData/sequence/FramePages.h"
+#include "toolboxes/importData/sequence/SequenceReading.h"
 
+#include <QMap>
 #include <QString>
 #include <QStringList>
 
@@ -19,10 +22,13 @@ public:
     struct Entry {
         QString name; // the variable name it is imported under
         DataEntry record;
-        // Of an image sequence: all the files its filter chose from, and
-        // whether they are in the natural order of their names.
+        // Of an image sequence: all the files its filter chose from, whether
+        // they are in the natural order of their names, and how they were read.
         std::optional<QStringList> fileList;
         bool naturalOrder = false;
+        SequenceReading reading;
+        QList<FramePage> framePages;          // see ImportSession::framePages
+        QMap<int, QString> placeholderFrames; // see ImportSession::placeholderFrames
     };
 
     int size() const { return static_cast<int>(entries_.size()); }

@@ -34,14 +34,16 @@ bool ImageLoad::cancel()
     return true;
 }
 
-void ImageLoad::start(const QStringList& files)
+void ImageLoad::start(const QStringList& files, SequenceReading reading, const QList<FramePage>& pages)
 {
     stop();
     ++_load_id;
-    auto* worker = new _ImageLoaderWorker(_load_id, files);
+    auto* worker = new _ImageLoaderWorker(_load_id, files, reading, pages);
     auto* thread = new QThread(this);
     worker->moveToThread(thread);
     connect(worker, &_ImageLoaderWorker::progress, this, &ImageLoad::progress);
+    connect(worker, &_ImageLoaderWorker::frameDecoded, this, &ImageLoad::frameDecoded);
+    connect(worker, &_ImageLoaderWorker::placeholders, this, &ImageLoad::placeholders);
     connect(worker, &_ImageLoaderWorker::finished, this, &ImageLoad::finished);
     connect(worker, &_ImageLoaderWorker::error, this, &ImageLoad::error);
     connect(thread, &QThread::started, worker, &_ImageLoaderWorker::run);

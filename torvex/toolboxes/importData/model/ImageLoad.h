@@ -26,7 +26,7 @@ public:
 
     bool running() const;
     // Stops the running load, then starts one of `files` under a new number.
-    void start(const QStringList& files);
+    void start(const QStringList& files, SequenceReading reading = {}, const QList<FramePage>& pages = {});
     // Asks the running load to stop and waits a little for it; a worker still
     // busy after that runs out on its own and is ignored.
     void stop();
@@ -37,6 +37,8 @@ public:
 signals:
     // The worker's own signals, passed on from the GUI thread.
     void progress(int done, int total);
+    void frameDecoded(int load_id, int index, const torvex::NdArray& frame);
+    void placeholders(int load_id, const QMap<int, QString>& reasons);
     void finished(int load_id, const torvex::NdArray& image_sequence);
     void error(int load_id, const QString& msg);
 };

@@ -3,6 +3,7 @@
 #include "toolboxes/importData/model/AppContext.h"
 #include "toolboxes/importData/entries/OutputFormat.h"
 #include "toolboxes/importData/sequence/FileFilter.h"
+#include "toolboxes/importData/sequence/FramePages.h"
 #include "toolboxes/importData/sequence/NumberedNames.h"
 #include "toolboxes/importData/sequence/PythonPath.h"
 #include "toolboxes/importData/sequence/ThreadHandOff.h"
@@ -31,7 +32,13 @@ QList<int> firstRows(int64_t count)
 
 } // namespace
 
-ImportSession::ImportSession(QObject* parent) : QObject(parent), load(this) {}
+ImportSession::ImportSession(QObject* parent) : QObject(parent), load(this)
+{
+    // Arrives just before the stack it describes; a superseded load's is dropped.
+    connect(&load, &ImageLoad::placeholders, this, [this](int load_id, const QMap<int, QString>& reasons) {
+        if (load_id == load._load_id) placeholderFrames = reasons;
+    });
+}
 
 void ImportSession::resetSource()
 {
@@ -98,6 +105,7 @@ std::optional<QString> ImportSession::outOfOrderNotice() const
 {
     QStringList names;
     for (const QString& path : filteredList.value_or(QStringList())) names << pythonBasename(path);
+    names.removeDuplicates(); // the rows of a file's pages
     sortFiles(names, false);
     const auto pair = firstNumberedPairOutOfOrder(names);
     if (!pair) return std::nullopt;
@@ -108,6 +116,7 @@ std::optional<QString> ImportSession::missingFilesNotice() const
 {
     QStringList names;
     for (const QString& path : filteredList.value_or(QStringList())) names << pythonBasename(path);
+    names.removeDuplicates();
     const std::optional<MissingNumbers> gap = missingNumbers(names);
     if (!gap) return std::nullopt;
     return missingNumbersMessage(*gap);
@@ -149,6 +158,12 @@ void ImportSession::applyFilter(const QString& pattern, bool wildcard)
 {
     if (!fileList) throw std::runtime_error("No files are open");
     filteredList = filterFiles(*fileList, pattern, wildcard);
+    framePages.clear();
+    if (reading.allPages) {
+        PagedRows rows = everyPage(*filteredList);
+        filteredList = std::move(rows.paths);
+        framePages = std::move(rows.pages);
+    }
     checkedIndexes = firstRows(filteredList->size());
     // The stacks belong to the previous list: choosing frames from them now
     // would pair this list's names with another list's images.
@@ -160,7 +175,42 @@ void ImportSession::startLoad()
 {
     imageSequence.reset();
     selectedimageSequence.reset();
-    load.start(filteredList.value_or(QStringList()));
+    placeholderFrames.clear();
+    load.start(filteredList.value_or(QStringList()), reading, framePages);
+}
+
+namespace {
+
+std::optional<QString> placeholderMessage(const QMap<int, QString>& placeholders, const QStringList& files,
+                                          const QList<int>& rows)
+{
+    QStringList names;
+    for (int row : rows)
+        if (placeholders.contains(row) && row < files.size()) names << pythonBasename(files[row]);
+    if (names.isEmpty()) return std::nullopt;
+    const QString shown = names.mid(0, 3).join(", ") + (names.size() > 3 ? ", ..." : "");
+    return QString("%1 of %2 frames are placeholders for files that could not be read: %3")
+        .arg(names.size())
+        .arg(rows.size())
+        .arg(shown);
+}
+
+} // namespace
+
+std::optional<QString> ImportSession::placeholderNotice(int row) const
+{
+    const EntryStore::Entry* entry = entries.find(row);
+    if (!entry || !entry->record.data) return std::nullopt;
+    const DataEntry& record = entry->record;
+    return placeholderMessage(entry->placeholderFrames, record.file_list.value_or(QStringList()),
+                              record.checked_indexes.value_or(firstRows(record.data->extent(0))));
+}
+
+std::optional<QString> ImportSession::loadedPlaceholderNotice() const
+{
+    if (!imageSequence) return std::nullopt;
+    return placeholderMessage(placeholderFrames, filteredList.value_or(QStringList()),
+                              firstRows(imageSequence->extent(0)));
 }
 
 bool ImportSession::acceptLoad(int load_id, const NdArray& image_sequence)
@@ -216,7 +266,9 @@ int ImportSession::addEntry(const QString& name, Mode mode, const std::optional<
         record.params = volume;
     }
     const bool sequence = mode == Mode::ImageSequence;
-    const int row = entries.add({name, record, sequence ? fileList : std::nullopt, sequence && naturalOrder});
+    const int row = entries.add({name, record, sequence ? fileList : std::nullopt, sequence && naturalOrder,
+                                 sequence ? reading : SequenceReading{}, sequence ? framePages : QList<FramePage>{},
+                                 sequence ? placeholderFrames : QMap<int, QString>{}});
     entries.setCurrent(row);
     _pending_add_entry = false;
     return row;
@@ -243,6 +295,9 @@ void ImportSession::updateCurrentEntry()
         record.checked_indexes = checkedIndexes;
         updated.fileList = fileList;
         updated.naturalOrder = naturalOrder;
+        updated.reading = reading;
+        updated.framePages = framePages;
+        updated.placeholderFrames = placeholderFrames;
     }
     entries.write(entries.current(), updated);
 }
@@ -263,6 +318,9 @@ const EntryStore::Entry* ImportSession::selectEntry(int row)
     filteredList = record.file_list.value_or(QStringList());
     if (entry->fileList) fileList = entry->fileList; // its filter chooses from its own folder again
     naturalOrder = entry->naturalOrder;
+    reading = entry->reading;
+    framePages = entry->framePages;
+    placeholderFrames = entry->placeholderFrames;
     imageSequence = record.image_sequence;
     selectedimageSequence = record.data;
     if (record.checked_indexes) checkedIndexes = *record.checked_indexes;

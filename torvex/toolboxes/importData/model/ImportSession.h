@@ -10,6 +10,7 @@
 
 #include <QByteArray>
 #include <QList>
+#include <QMap>
 #include <QString>
 #include <QStringList>
 
@@ -39,12 +40,15 @@ public:
     std::optional<NdArray> imageSequence;       // the stack of all filtered images
     std::optional<NdArray> selectedimageSequence; // the stack of the checked ones
     QList<int> checkedIndexes;                  // rows checked in the image list
+    QMap<int, QString> placeholderFrames;       // rows of imageSequence drawn for files that are no image, and why
     bool _pending_add_entry = false;            // a new source waits for its entry
     std::optional<QString> _current_file_path;  // the raw file behind readedBinary
     bool naturalOrder = false;                  // image files in the natural order of their names
     QStringList unreachableFiles;               // names in the open folder that its listing left out
     // How the raw bytes are decoded and the decoded axes turned; the window's panel mirrors it.
     VolumeParams volume = VolumeParams::resetValues();
+    SequenceReading reading;                    // how the image files are read
+    QList<FramePage> framePages;                // with every page read: the page of each row of filteredList
     ImageLoad load;
     EntryStore entries;
 
@@ -74,8 +78,9 @@ public:
     void keepDecoded() { transferedData = prasedData; }
 
     // Filters the file list (see filterFiles) and checks every file that
-    // passes; the stacks of the previous list go. Throws for a bad pattern
-    // and when no files are open.
+    // passes, with every page read one row per page (see everyPage); the
+    // stacks of the previous list go. Throws for a bad pattern and when no
+    // files are open.
     void applyFilter(const QString& pattern, bool wildcard);
     // Starts loading the filtered files; their stack arrives with acceptLoad.
     void startLoad();
@@ -87,6 +92,13 @@ public:
     std::optional<QString> missingFilesNotice() const;
     // Which files of the open folder its listing left out, and why, when there are any.
     std::optional<QString> unreachableFilesNotice() const;
+
+    // "2 of 40 frames are placeholders for files that could not be read:
+    // a.png, b.png" when frames that importing the entry at `row` hands over
+    // stand for files that are no image (the first three named).
+    std::optional<QString> placeholderNotice(int row) const;
+    // The same for the whole stack loaded last.
+    std::optional<QString> loadedPlaceholderNotice() const;
 
     // Takes a load's stack, all of it chosen, into the current sequence entry
     // too; false for a superseded load.

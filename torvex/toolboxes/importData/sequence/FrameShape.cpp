@@ -31,9 +31,12 @@ NdArray channelMean(const NdArray& image)
 
 NdArray grayToThree(const NdArray& image)
 {
-    NdArray out = NdArray::empty({image.extent(0), image.extent(1), 3}, DType::UInt8);
+    NdArray out = NdArray::empty({image.extent(0), image.extent(1), 3}, image.dtype());
     std::byte* dst = out.mutableData();
-    image.forEach([&](const std::byte* p) { dst = std::fill_n(dst, 3, *p); });
+    const int item = image.itemsize();
+    image.forEach([&](const std::byte* p) {
+        for (int k = 0; k < 3; ++k) dst = std::copy_n(p, item, dst);
+    });
     return out;
 }
 
@@ -41,7 +44,11 @@ NdArray grayToThree(const NdArray& image)
 
 NdArray unifyChannels(const NdArray& image, int targetChannels)
 {
-    if (targetChannels == 1) return image.ndim() == 3 ? channelMean(image) : image;
+    if (targetChannels == 1) {
+        if (image.ndim() == 2) return image;
+        // One channel, the only count a gray stack meets: no mean, so any type passes.
+        return image.extent(2) == 1 ? image.squeeze(2) : channelMean(image);
+    }
     const NdArray colour = image.ndim() == 2 ? grayToThree(image) : image;
     return colour.extent(2) == 4 ? colour.slice(2, 0, 3) : colour;
 }

@@ -4,13 +4,14 @@
 
 namespace torvex {
 
-// Bringing uint8 images of a sequence to one channel count and one size.
+// Bringing the images of a sequence to one channel count and one size.
 
 // 1 for a two-dimensional image, else the smaller of its channels and 3.
 int channelCountOf(const NdArray& image);
 
-// To `targetChannels` (1 or 3). For 1, a three-dimensional image is averaged
-// over its channels (truncated to uint8). For 3, a gray image is repeated into
+// To `targetChannels` (1 or 3). For 1, a three-dimensional uint8 image is
+// averaged over its channels (truncated); one channel of any type is dropped
+// as an axis. For 3, a gray image is repeated into
 // three channels and a four-channel one keeps its first three (alpha is
 // dropped, not composited). Any other channel count is kept as it is.
 NdArray unifyChannels(const NdArray& image, int targetChannels);

@@ -3,6 +3,7 @@
 
 #include "FrameShape.h"
 #include "FrameStack.h"
+#include "KeptDepth.h"
 #include "Normalise8Bit.h"
 #include "OrderedParallelDecoder.h"
 #include "PlaceholderFrame.h"
@@ -35,8 +36,9 @@ std::string channelMismatch(const QString& path, const NdArray& frame)
 
 } // namespace
 
-_ImageLoaderWorker::_ImageLoaderWorker(int load_id, const QStringList& filtered_list)
-    : QObject(nullptr), _load_id(load_id), _filtered_list(filtered_list)
+_ImageLoaderWorker::_ImageLoaderWorker(int load_id, const QStringList& filtered_list, SequenceReading reading,
+                                       const QList<FramePage>& pages)
+    : QObject(nullptr), _load_id(load_id), _filtered_list(filtered_list), _reading(reading), _pages(pages)
 {
     qRegisterMetaType<NdArray>();
 }
@@ -57,35 +59,50 @@ void _ImageLoaderWorker::run()
     } returnToGuiThread{this};
     try {
         // First pass: decode every file, in list order. Decoding writes into
-        // the stack's own slots where it can, so equal 8-bit images need no copy.
+        // the stack's own slots where it can, so equal images need no copy.
         const int total = static_cast<int>(_filtered_list.size());
-        FrameStack stack(total);
-        // Any failure sends the file to the placeholder path, without a report.
-        const auto decodeToUInt8 = [&stack](int index, const QString& path) noexcept -> std::optional<NdArray> {
+        const bool keepDepth = _reading.keepDepth;
+        FrameStack stack(total, keepDepth);
+        // Any failure sends the file to the placeholder path; its reason is
+        // kept for `placeholders`. Each index is written by the one thread
+        // that decodes it, and read only once the decoder has handed it over.
+        std::vector<QString> failures(total);
+        const auto decode = [this, &stack, &failures, keepDepth](int index,
+                                                                 const QString& path) noexcept -> std::optional<NdArray> {
             try {
                 const auto intoSlot = [&](const Shape& shape, DType dtype) {
                     return stack.decodeTarget(index, shape, dtype);
                 };
-                return normaliseToUInt8(decodeStillImage(path, intoSlot));
+                const DecodedImage image = decodeStillImagePage(path, _pages.value(index).page, intoSlot);
+                return keepDepth ? keepStoredValues(image) : normaliseToUInt8(image);
+            } catch (const std::exception& e) {
+                failures[index] = QString::fromUtf8(e.what());
             } catch (...) {
-                return std::nullopt;
+                failures[index] = QStringLiteral("unknown failure");
             }
+            return std::nullopt;
         };
+        QMap<int, QString> placeholderReasons;
         std::vector<RawEntry> raw;
         raw.reserve(total);
         std::vector<int> channel_counts;
         int64_t maxH = 0, maxW = 0;
+        std::optional<DType> stackType; // of the decoded images; placeholders follow it
         {
-            OrderedParallelDecoder decoder(_filtered_list, decodeToUInt8, _cancelled);
+            OrderedParallelDecoder decoder(_filtered_list, decode, _cancelled);
             for (int idx = 0; idx < total; ++idx) {
                 if (_cancelled) return;
                 if (std::optional<NdArray> image = decoder.take(idx)) {
                     maxH = std::max(maxH, image->extent(0));
                     maxW = std::max(maxW, image->extent(1));
                     channel_counts.push_back(channelCountOf(*image));
+                    stackType = stackType ? widenedType(*stackType, image->dtype()) : image->dtype();
+                    markSending();
+                    emit frameDecoded(_load_id, idx, *image);
                     raw.emplace_back(std::move(*image));
                 } else {
                     raw.emplace_back(_filtered_list[idx]);
+                    placeholderReasons.insert(idx, failures[idx]);
                 }
                 emit progress(idx + 1, total);
             }
@@ -100,6 +117,7 @@ void _ImageLoaderWorker::run()
         if (maxH == 0) maxH = 256;
         if (maxW == 0) maxW = 256;
         const Shape frameShape = target_channels == 1 ? Shape{maxH, maxW} : Shape{maxH, maxW, 3};
+        const DType frameType = stackType.value_or(DType::UInt8);
 
         // Second pass: one frame per entry, placed in the stack at once; each
         // raw image is released as its frame is placed, and placeholders are
@@ -107,19 +125,26 @@ void _ImageLoaderWorker::run()
         for (int idx = 0; idx < total; ++idx) {
             if (_cancelled) return;
             RawEntry& entry = raw[idx];
-            const auto inSlot = [&](const Shape&) { return stack.slot(idx, frameShape); };
+            // Placeholders are drawn in 8 bits: in their slot when the stack is
+            // uint8, else converted by value into the stack's type.
+            const auto inSlot = [&](const Shape& shape) {
+                return frameType == DType::UInt8 ? stack.slot(idx, frameShape) : NdArray::empty(shape, DType::UInt8);
+            };
             NdArray frame = std::holds_alternative<QString>(entry)
                                 ? renderPlaceholderFrame(std::get<QString>(entry), maxW, maxH, target_channels, inSlot)
                                 : std::move(std::get<NdArray>(entry));
             entry = QString();
             frame = padToCentre(unifyChannels(frame, target_channels), maxH, maxW);
             if (frame.shape() != frameShape) throw std::runtime_error(channelMismatch(_filtered_list[idx], frame));
-            stack.place(idx, frame, frameShape);
+            if (frame.dtype() != frameType) frame = frame.astype(frameType);
+            stack.place(idx, frame, frameShape, frameType);
         }
 
         if (_cancelled) return;
+        NdArray result = stack.take();
         markSending();
-        emit finished(_load_id, stack.take());
+        if (!placeholderReasons.isEmpty()) emit placeholders(_load_id, placeholderReasons);
+        emit finished(_load_id, result);
     } catch (const std::exception& e) {
         if (!_cancelled) emit error(_load_id, QString::fromUtf8(e.what()));
     } catch (...) {

@@ -3,6 +3,7 @@
 #include <libdeflate.h>
 
 #include <algorithm>
+#include <bit>
 #include <cstdlib>
 #include <memory>
 #include <stdexcept>
@@ -70,7 +71,7 @@ std::optional<NdArray> decodePlainPng(const QByteArray& file, const PixelAllocat
     const size_t size = static_cast<size_t>(file.size());
 
     uint32_t width = 0, height = 0;
-    int channels = 0;
+    int channels = 0, sampleBytes = 1;
     QByteArray compressed;
     bool ended = false;
     for (size_t at = 8; !ended;) {
@@ -88,7 +89,9 @@ std::optional<NdArray> decodePlainPng(const QByteArray& file, const PixelAllocat
             width = bigEndian32(data);
             height = bigEndian32(data + 4);
             channels = channelsOf(data[9]);
-            if (data[8] != 8 || channels == 0 || data[10] != 0 || data[11] != 0 || data[12] != 0) return std::nullopt;
+            sampleBytes = data[8] / 8;
+            if ((data[8] != 8 && data[8] != 16) || channels == 0 || data[10] != 0 || data[11] != 0 || data[12] != 0)
+                return std::nullopt;
             if (width == 0 || height == 0) fail("empty image");
         } else if (name == "IDAT") {
             compressed.append(reinterpret_cast<const char*>(data), length);
@@ -100,7 +103,8 @@ std::optional<NdArray> decodePlainPng(const QByteArray& file, const PixelAllocat
         at += length + 12;
     }
 
-    const size_t rowBytes = size_t(width) * channels;
+    const size_t pixelBytes = size_t(channels) * sampleBytes;
+    const size_t rowBytes = size_t(width) * pixelBytes;
     // As in the general decoder: no image beyond the limit, and no header that
     // claims more than the file's bytes can hold, before anything is allocated.
     const double claimed = double(rowBytes) * height;
@@ -116,14 +120,19 @@ std::optional<NdArray> decodePlainPng(const QByteArray& file, const PixelAllocat
                                    filtered.get(), filteredBytes, nullptr) != LIBDEFLATE_SUCCESS)
         fail("damaged image data");
 
-    NdArray pixels = allocate(channels == 1 ? Shape{height, width} : Shape{height, width, channels}, DType::UInt8);
+    NdArray pixels = allocate(channels == 1 ? Shape{height, width} : Shape{height, width, channels},
+                              sampleBytes == 2 ? DType::UInt16 : DType::UInt8);
     auto* out = reinterpret_cast<unsigned char*>(pixels.mutableData());
     const std::vector<unsigned char> zeros(rowBytes, 0);
     for (size_t y = 0; y < height; ++y) {
         const unsigned char* in = filtered.get() + y * (rowBytes + 1);
         unsigned char* row = out + y * rowBytes;
-        unfilter(in[0], in + 1, row, y ? row - rowBytes : zeros.data(), rowBytes, size_t(channels));
+        unfilter(in[0], in + 1, row, y ? row - rowBytes : zeros.data(), rowBytes, pixelBytes);
     }
+    // Filters work on the stored big-endian bytes; the samples are turned
+    // once every row is done, as each row is undone against the one above.
+    if (sampleBytes == 2 && std::endian::native == std::endian::little)
+        for (unsigned char *p = out, *end = out + rowBytes * height; p < end; p += 2) std::swap(p[0], p[1]);
     return pixels;
 }
 

@@ -48,7 +48,9 @@ std::optional<DType> arrayTypeOf(OIIO::TypeDesc::BASETYPE type)
 void readInto(OIIO::ImageInput& input, OIIO::TypeDesc type, void* buffer)
 {
     const int channels = input.spec().nchannels;
-    if (!input.read_image(0, 0, 0, channels, type, buffer) || input.has_error()) fail(input.geterror());
+    // The page sought, 0 unless a later page of a file was asked for.
+    if (!input.read_image(input.current_subimage(), 0, 0, channels, type, buffer) || input.has_error())
+        fail(input.geterror());
 }
 
 // Types without an array type of their own are widened by value, not through
@@ -164,6 +166,17 @@ DecodedImage decodeStoredImage(const QString& path, const PixelAllocator& alloca
     return {readPixels(*input, allocate), false};
 }
 
+DecodedImage decodeLaterPage(const QString& path, int page, const PixelAllocator& allocate)
+{
+    const std::string file = QFile::encodeName(path).toStdString();
+    auto input = openImage(file, false);
+    if (input->format_name() != std::string_view("tiff") || !input->seek_subimage(page, 0))
+        fail("no page " + std::to_string(page + 1));
+    std::error_code ec;
+    checkClaimedSize(input->spec(), std::filesystem::file_size(file, ec));
+    return {readPixels(*input, allocate), false};
+}
+
 } // namespace
 
 // A damaged header can claim an image no file of its length holds, and the
@@ -178,9 +191,26 @@ void checkPlausibleSize(double claimedBytes, double fileBytes)
 
 DecodedImage decodeStillImage(const QString& path, const PixelAllocator& allocate)
 {
+    return decodeStillImagePage(path, 0, allocate);
+}
+
+int stillImagePageCount(const QString& path)
+{
+    const std::string file = QFile::encodeName(path).toStdString();
+    std::error_code ec;
+    if (!std::filesystem::is_regular_file(file, ec)) return 1;
+    auto input = OIIO::ImageInput::open(file);
+    if (!input || input->format_name() != std::string_view("tiff")) return 1;
+    int pages = 1;
+    while (input->seek_subimage(pages, 0)) ++pages;
+    return pages;
+}
+
+DecodedImage decodeStillImagePage(const QString& path, int page, const PixelAllocator& allocate)
+{
     applyDecoderLimits();
     try {
-        return decodeStoredImage(path, allocate);
+        return page == 0 ? decodeStoredImage(path, allocate) : decodeLaterPage(path, page, allocate);
     } catch (const std::runtime_error&) {
         throw;
     } catch (const std::exception& e) {

@@ -61,12 +61,17 @@ void ImportData::onDataItemSelected(QListWidgetItem* current, QListWidgetItem*)
             const QSignalBlocker block(ui->listWidget_imageList);
             _populateImageListWidget(*filteredList, false, QSet<int>(checkedIndexes.begin(), checkedIndexes.end()));
         }
+        _markPlaceholderRows();
         const QSignalBlocker blockStart(ui->spinBox_rg1);
         const QSignalBlocker blockEnd(ui->spinBox_rg2);
         const QSignalBlocker blockOrder(ui->checkBox_naturalOrder);
+        const QSignalBlocker blockDepth(ui->checkBox_keepDepth);
+        const QSignalBlocker blockPages(ui->checkBox_allPages);
         ui->spinBox_rg2->setMaximum(static_cast<int>(filteredList->size()));
         ui->spinBox_rg2->setValue(static_cast<int>(filteredList->size()));
         ui->checkBox_naturalOrder->setChecked(_session.naturalOrder);
+        ui->checkBox_keepDepth->setChecked(_session.reading.keepDepth);
+        ui->checkBox_allPages->setChecked(_session.reading.allPages);
         _showSequenceNotes(true);
         path = filteredList->isEmpty() ? QString() : pythonDirname(filteredList->first());
     }

@@ -31,7 +31,7 @@ void ImportData::onGenerateFunction()
             const QStringList file_list = entry ? entry->record.file_list.value_or(QStringList()) : QStringList();
             function_body = imageSequenceLoadFunctionText(file_list, ui->lineEdit_filter->text(),
                                                           ui->radioButton_regex->isChecked(),
-                                                          ui->checkBox_naturalOrder->isChecked());
+                                                          ui->checkBox_naturalOrder->isChecked(), _session.reading);
         }
 
         QDialog dialog(this);

@@ -47,6 +47,8 @@ void ImportData::onImport()
         }
         ImportSession::handOver(*manager, name, array);
         emit manager->variableImported(importNotice(name, array));
+        if (const std::optional<QString> notice = _session.placeholderNotice(row))
+            _showStatus(StatusTone::Warning, *notice, 5000);
     } catch (const std::exception& e) {
         // Reported on the host's status bar only; the window itself shows nothing.
         if (auto* statusbar = parentApp ? parentApp->findChild<QStatusBar*>(QString(), Qt::FindDirectChildrenOnly)

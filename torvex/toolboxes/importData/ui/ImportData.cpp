@@ -70,6 +70,7 @@ void ImportData::_buildStatusStrip()
     ui->statusbar->addPermanentWidget(_pixel_info_label);
     ui->statusbar->addPermanentWidget(_bytes_badge);
     connect(ui->statusbar, &QStatusBar::messageChanged, this, &ImportData::_toneStatus);
+    connect(ui->statusbar, &QStatusBar::messageChanged, this, &ImportData::_showStatusNotesIfSilent);
     _showStatus(StatusTone::Info, "Ready", 5000);
 }
 
@@ -112,6 +113,8 @@ void ImportData::_connectSequencePanel()
     connect(ui->radioButton_regex, &QRadioButton::clicked, this, &ImportData::onFilterChanged);
     connect(ui->lineEdit_filter, &QLineEdit::editingFinished, this, &ImportData::onFilterChanged);
     connect(ui->checkBox_naturalOrder, &QCheckBox::toggled, this, &ImportData::onNaturalOrderChanged);
+    connect(ui->checkBox_keepDepth, &QCheckBox::toggled, this, &ImportData::onSequenceReadingChanged);
+    connect(ui->checkBox_allPages, &QCheckBox::toggled, this, &ImportData::onSequenceReadingChanged);
     connect(ui->spinBox_rg1, &QSpinBox::valueChanged, this, [this] { onSelectedRangeChanged("S"); });
     connect(ui->spinBox_rg2, &QSpinBox::valueChanged, this, [this] { onSelectedRangeChanged("E"); });
     connect(ui->pushButton_allSelection, &QPushButton::clicked, this, &ImportData::onSelectAll);
@@ -120,6 +123,7 @@ void ImportData::_connectSequencePanel()
     connect(ui->pushButton_2, &QPushButton::clicked, this, &ImportData::onOpenFiles);
     connect(ui->pushButton, &QPushButton::clicked, this, &ImportData::onOpenFolder);
     connect(&_session.load, &ImageLoad::progress, this, &ImportData::_onLoadProgress);
+    connect(&_session.load, &ImageLoad::frameDecoded, this, &ImportData::_onFrameDecoded);
     connect(&_session.load, &ImageLoad::finished, this, &ImportData::_onLoadFinished);
     connect(&_session.load, &ImageLoad::error, this, &ImportData::_onLoadError);
 }

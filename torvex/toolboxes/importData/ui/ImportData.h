@@ -23,6 +23,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 
 class QLabel;
 class QListWidgetItem;
@@ -121,6 +122,9 @@ public:
     void _readImageSequence();
     void _setLoadingState(bool loading);
     void _onLoadProgress(int done, int total);
+    // Shows the first image decoded at once and lets the frame controls move
+    // over those decoded so far, while the load runs.
+    void _onFrameDecoded(int load_id, int index, const NdArray& frame);
     void _onLoadFinished(int load_id, const NdArray& image_sequence);
     void _onLoadError(int load_id, const QString& msg);
 
@@ -186,6 +190,9 @@ private:
     void onGuessLayout();
     // Sorts the image files by the numbers in their names, or plainly again.
     void onNaturalOrderChanged();
+    // Reads the image files again as the reading boxes say (bit depth kept,
+    // every page a frame).
+    void onSequenceReadingChanged();
 
     // The mode the window shows, from comboBox_outputType; none for another text.
     std::optional<Mode> _mode() const;
@@ -217,6 +224,15 @@ private:
     // numbers out of order (which enables the natural-order box) and, once
     // loaded, missing numbers. Returns those notes.
     QStringList _showSequenceNotes(bool loaded);
+    // Marks the rows whose frames are placeholders: an icon, and why in the tool tip.
+    void _markPlaceholderRows();
+    // The notes of the last load, shown once in the status bar when it next
+    // falls silent: they never replace a message of the window's own.
+    QStringList _statusNotes;
+    // The images the running load has decoded so far, by row (none for files
+    // that are no image); dropped when the load ends.
+    std::vector<std::optional<NdArray>> _framesSoFar;
+    void _showStatusNotesIfSilent(const QString& message);
 };
 
 } // namespace torvex

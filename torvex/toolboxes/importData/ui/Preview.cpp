@@ -75,7 +75,7 @@ void ImportData::_refreshPreview()
         ui->listWidget_imageList->selectionModel()->clearSelection();
         row->setSelected(true);
         ui->listWidget_imageList->scrollToItem(row);
-        _showStatus(StatusTone::Info, row->toolTip(), 5000);
+        _showStatus(StatusTone::Info, filteredList.value_or(QStringList()).value(checkedIndexes[listIdx]), 5000);
     }
 }
 
@@ -85,6 +85,10 @@ void ImportData::onFrameChanged()
     if (mode == Mode::VolumeData) {
         if (const auto frame = _frameAt(transferedData)) _showFrame(preview_ImgItem, *frame);
         else preview_ImgItem->clear();
+    } else if (mode == Mode::ImageSequence && !_framesSoFar.empty()) {
+        const auto index = static_cast<size_t>(ui->spinBox_frame->value() - 1);
+        if (index < _framesSoFar.size() && _framesSoFar[index]) _showFrame(preview_ImgItem2, *_framesSoFar[index]);
+        else preview_ImgItem2->clear();
     } else if (mode == Mode::ImageSequence && filteredList) {
         _refreshPreview();
     }

@@ -11,6 +11,7 @@ packages=(
   clang libclang-rt-14-dev llvm
   xvfb xauth x11-apps fonts-dejavu-core libxcb1-dev
   python3 python3-numpy python3-pil python3-dev pybind11-dev
+  python3-skimage python-matplotlib-data
 )
 
 missing=()

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstdint>
+
+namespace torvex {
+
+// Every figure the layout guess weighs its evidence with, in one place.
+struct GuessTuning {
+    // Places sampled per measure, and values read at each: few places, since each
+    // costs a page fault on a mapped file; runs long enough to average out noise.
+    int places = 48;
+    // Fewer for frames, whose lags are far apart: a page fault each, per height tried.
+    int framePlaces = 16;
+    int64_t run = 64;
+    // Elements a row of an image has at least and at most; frames at least as many rows.
+    int64_t minWidth = 8;
+    int64_t maxWidth = 16384;
+    int64_t minHeight = 8;
+    // Columns and rows aside from a lag against which a lag's likeness is measured:
+    // close enough that smooth pictures still change little, far enough that rows do.
+    int64_t aside = 3;
+    // Below this share of the likeness a few columns aside, values a row apart are
+    // rows of an image; noise and wrong row lengths stay near 1.
+    double rowsAlike = 0.9;
+    // Frames are claimed only when the same place one frame on is this much more
+    // alike than a few rows aside: a single image's far rows are not.
+    double framesAlike = 0.75;
+    // Or when rows change this many times more across the seam of two frames
+    // than either side of it: one picture's rows rarely do, at every seam.
+    double seamRatio = 2.0;
+    // Frame heights whose evidence (in the log) lies this close to the best's count as as good.
+    double sameFrames = 0.4;
+    // Pictures rarely run longer than 4:1; beyond it each doubling costs this much
+    // (in the log of likeness), which rules out strips of a few columns.
+    double aspectRatio = 4;
+    double aspectCost = 0.5;
+    // A header the data alone suggests costs this much; one that reads as text, nothing.
+    double headerCost = 0.7;
+    // A second layout within this cost of the best is named beside it.
+    double closeCost = 0.15;
+    // Bytes of text or zeros that make a header: a line of "KEY = value" at least.
+    int64_t minHeader = 8;
+    // Share of byte pairs equal for 16-bit values made from 8-bit ones (times 257).
+    double equalBytePairs = 0.9;
+    // A colour reading needs the same channel a pixel on this much more alike than
+    // the next byte; and no more rough than this to be a picture at all.
+    double channelsRepeat = 0.8;
+    double roughest = 0.6;
+};
+
+inline constexpr GuessTuning kGuessTuning{};
+
+} // namespace torvex

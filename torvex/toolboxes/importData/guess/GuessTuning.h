@@ -28,14 +28,19 @@ struct GuessTuning {
     // Or when rows change this many times more across the seam of two frames
     // than either side of it: one picture's rows rarely do, at every seam.
     double seamRatio = 2.0;
-    // Frame heights whose evidence (in the log) lies this close to the best's count as as good.
-    double sameFrames = 0.4;
+    // Row lengths or frame heights with at least this share of the best's
+    // evidence (in the log) count as as good: a multiple of the true one.
+    double sameRows = 0.8;
+    double sameFrames = 0.6;
     // Pictures rarely run longer than 4:1; beyond it each doubling costs this much
     // (in the log of likeness), which rules out strips of a few columns.
     double aspectRatio = 4;
     double aspectCost = 0.5;
     // A header the data alone suggests costs this much; one that reads as text, nothing.
     double headerCost = 0.7;
+    // Evidence (the log of likeness, with penalties) weaker than this is
+    // mostly noise: the seams of rows and frames then tell more.
+    double weakEvidence = -0.2;
     // A second layout within this cost of the best is named beside it.
     double closeCost = 0.15;
     // Bytes of text or zeros that make a header: a line of "KEY = value" at least.

@@ -36,8 +36,21 @@ std::vector<int64_t> divisors(int64_t n, int64_t least, int64_t most)
     return found;
 }
 
-// Tips a tie to the likelier of two layouts, too small to outweigh evidence.
-constexpr double kTieBreak = 0.01;
+// Sizes (of rows or frames) with the log of the evidence for them: the lower, the likelier.
+using Evidence = std::vector<std::pair<int64_t, double>>;
+
+double logOf(double likeness) { return std::log(std::max(likeness, 1e-3)); }
+
+// Two rows (or frames) taken as one are as alike as one is with the next:
+// sizes with evidence near the best's all take the best's, and the smaller goes first.
+void preferSmallest(Evidence& sizes, double near)
+{
+    if (sizes.empty()) return;
+    const double best = std::ranges::min(sizes, {}, &std::pair<int64_t, double>::second).second;
+    constexpr double kTieBreak = 0.01; // too small to outweigh any evidence
+    for (auto& [size, cost] : sizes)
+        if (cost < best * near) cost = best + kTieBreak * std::log2(static_cast<double>(size));
+}
 
 // Pictures are seldom much longer than wide or the other way.
 double aspectCost(int64_t width, int64_t height)
@@ -61,19 +74,20 @@ std::vector<LayoutOption> layoutsAfter(QByteArrayView bytes, PixelReading pixel,
     const std::vector<int64_t> widths = divisors(pixels, t.minWidth, std::min(t.maxWidth, pixels / t.minHeight));
     if (widths.empty()) return {};
     const Likeness rows(sampler, (widths.back() + t.aside) * c, t.places);
-    std::vector<std::pair<double, int64_t>> rowDips;
-    for (const int64_t w : widths) rowDips.emplace_back(rows.dip(w * c, t.aside * c), w);
-    std::ranges::sort(rowDips);
-    rowDips.resize(std::min<size_t>(rowDips.size(), 3));
-    std::erase_if(rowDips, [&](const auto& dip) { return dip.first > t.rowsAlike; });
+    Evidence rowCosts;
+    for (const int64_t w : widths)
+        if (const double dip = rows.dip(w * c, t.aside * c); dip < t.rowsAlike) rowCosts.emplace_back(w, logOf(dip));
+    preferSmallest(rowCosts, t.sameRows);
+    std::ranges::sort(rowCosts, {}, &std::pair<int64_t, double>::second);
+    rowCosts.resize(std::min<size_t>(rowCosts.size(), 3));
 
     LayoutOption base{typeName(pixel), offset};
     base.littleEndian = pixel.channels == 1 && pixel.element.order == ByteOrder::Little;
     base.colorOrder = pixel.channels == 3 ? "ABCABC" : "";
     base.evidence = "the file size and the data";
     std::vector<LayoutOption> scored;
-    for (const auto& [rowDip, width] : rowDips) {
-        const double rowCost = std::log(std::max(rowDip, 1e-3)) + headerCost;
+    for (const auto& [width, rowEvidence] : rowCosts) {
+        const double rowCost = rowEvidence + headerCost;
         const int64_t allRows = pixels / width;
         LayoutOption one = base;
         one.width = width, one.height = allRows, one.frames = 1;
@@ -81,19 +95,15 @@ std::vector<LayoutOption> layoutsAfter(QByteArrayView bytes, PixelReading pixel,
         scored.push_back(one);
         const Likeness frames(sampler, pixels * c / 2 + t.aside * width * c, t.framePlaces);
         // Frames show as alike from one to the next, or as seams where rows are not.
-        std::vector<std::pair<int64_t, double>> frameCosts;
+        Evidence frameCosts;
         for (const int64_t height : divisors(allRows, t.minHeight, allRows / 2)) {
             const double seam = frames.seam(width * height * c, width * c, t.framePlaces);
             const double frameDip = std::min(frames.dip(width * height * c, t.aside * width * c),
                                              seam > t.seamRatio ? 1 / seam : 1.0);
-            if (frameDip < t.framesAlike) frameCosts.emplace_back(height, std::log(std::max(frameDip, 1e-3)));
+            if (frameDip < t.framesAlike) frameCosts.emplace_back(height, logOf(frameDip));
         }
-        if (frameCosts.empty()) continue;
-        // Two frames taken as one show the same seams: the frame is the
-        // smallest height whose evidence comes near the best.
-        const double best = std::ranges::min(frameCosts, {}, &std::pair<int64_t, double>::second).second;
-        for (auto& [height, cost] : frameCosts) {
-            if (cost < best + t.sameFrames) cost = best - kTieBreak * std::log2(static_cast<double>(allRows / height));
+        preferSmallest(frameCosts, t.sameFrames);
+        for (const auto& [height, cost] : frameCosts) {
             LayoutOption stack = one;
             stack.height = height, stack.frames = allRows / height;
             stack.cost = rowCost + cost + aspectCost(width, height);
@@ -150,15 +160,30 @@ LayoutGuesses guessLayouts(const QString& fileName, QByteArrayView bytes)
     if (earlier.layout && earlier.layout->offset > 0)
         offsets.emplace_back(earlier.layout->offset, kGuessTuning.headerCost);
     std::vector<LayoutOption> scored;
-    for (const auto& [offset, cost] : offsets) std::ranges::move(layoutsAfter(bytes, *choice.reading, offset, cost), std::back_inserter(scored));
+    for (const auto& [offset, cost] : offsets)
+        std::ranges::move(layoutsAfter(bytes, *choice.reading, offset, cost), std::back_inserter(scored));
     std::ranges::sort(scored, {}, [](const LayoutOption& s) { return s.cost; });
+    // Noise can hide rows from the measure above; the seams of rows and
+    // frames that the earlier guess looks for still show through it.
+    if (earlier.layout && (scored.empty() || scored.front().cost > kGuessTuning.weakEvidence)) {
+        LayoutOption seams = named(*earlier.layout);
+        seams.cost = scored.empty() ? 0 : scored.front().cost;
+        scored.insert(scored.begin(), seams);
+    }
     if (scored.empty()) return {{}, "no row length makes neighbouring rows alike"};
     LayoutGuesses guesses;
-    for (const LayoutOption& o : scored) {
-        const bool seen = std::ranges::any_of(guesses.best, [&](const LayoutOption& b) {
+    const auto offered = [&](const LayoutOption& o) {
+        return std::ranges::any_of(guesses.best, [&](const LayoutOption& b) {
             return b.width == o.width && b.height == o.height && b.frames == o.frames && b.offset == o.offset;
         });
-        if (!seen && guesses.best.size() < 3) guesses.best.push_back(o);
+    };
+    for (const LayoutOption& o : scored)
+        if (!offered(o) && guesses.best.size() < 3) guesses.best.push_back(o);
+    // The seams' layout is always among those offered: a second opinion.
+    if (earlier.layout && !offered(named(*earlier.layout))) {
+        guesses.best.resize(std::min<size_t>(guesses.best.size(), 2));
+        guesses.best.push_back(named(*earlier.layout));
+        guesses.best.back().cost = INFINITY;
     }
     return guesses;
 }

@@ -33,6 +33,7 @@ namespace torvex {
 
 class AppContext;
 class PreviewImageItem;
+struct LayoutOption;
 class PreviewPlot;
 class PreviewSurface;
 
@@ -112,8 +113,10 @@ public:
     void onImgTransferChanged();
     void onTotalFrameChanged();
     void onParametersChanged();
-    // Fills the panel with a layout guessed from the open raw file.
+    // Fills the panel with a layout guessed from the open raw file, and offers
+    // the other likely ones under the button beside Guess.
     void onGuessLayout();
+    void _applyGuessedLayout(const LayoutOption& layout);
     void _refreshPreview();
     void _onPreviewMouseMoved(const QPointF& pos, PreviewPlot* plot, const std::optional<NdArray>& frame);
     void _onVolumeMouseMoved(const QPointF& pos);

@@ -7,6 +7,7 @@
 
 #include "toolboxes/importData/volume/ImageTypes.h"
 #include "toolboxes/importData/volume/LayoutGuess.h"
+#include "toolboxes/importData/volume/NameHints.h"
 
 #include <algorithm>
 #include <cmath>
@@ -47,9 +48,9 @@ void preferSmallest(Evidence& sizes, double near)
 {
     if (sizes.empty()) return;
     const double best = std::ranges::min(sizes, {}, &std::pair<int64_t, double>::second).second;
-    constexpr double kTieBreak = 0.01; // too small to outweigh any evidence
+    constexpr double kTieBreak = 1e-9; // per row or frame element: far too small to outweigh any evidence
     for (auto& [size, cost] : sizes)
-        if (cost < best * near) cost = best + kTieBreak * std::log2(static_cast<double>(size));
+        if (cost < best * near) cost = best + kTieBreak * static_cast<double>(size);
 }
 
 // Pictures are seldom much longer than wide or the other way.
@@ -93,13 +94,18 @@ std::vector<LayoutOption> layoutsAfter(QByteArrayView bytes, PixelReading pixel,
         one.width = width, one.height = allRows, one.frames = 1;
         one.cost = rowCost + aspectCost(width, allRows);
         scored.push_back(one);
+        // Frames of the likeliest row length only: each height tried reads a few dozen pages.
+        if (width != rowCosts.front().first) continue;
         const Likeness frames(sampler, pixels * c / 2 + t.aside * width * c, t.framePlaces);
         // Frames show as alike from one to the next, or as seams where rows are not.
         Evidence frameCosts;
-        for (const int64_t height : divisors(allRows, t.minHeight, allRows / 2)) {
+        // Frames far longer than wide or the other way are not worth the reads.
+        const auto longest = static_cast<int64_t>(t.framesAspect);
+        for (const int64_t height :
+             divisors(allRows, std::max(t.minHeight, width / longest), std::min({allRows / 2, width * longest, t.maxHeight}))) {
+            // Seams first: four rows at a place, where the likeness reads three places.
             const double seam = frames.seam(width * height * c, width * c, t.framePlaces);
-            const double frameDip = std::min(frames.dip(width * height * c, t.aside * width * c),
-                                             seam > t.seamRatio ? 1 / seam : 1.0);
+            const double frameDip = seam > t.seamRatio ? 1 / seam : frames.dip(width * height * c, t.aside * width * c);
             if (frameDip < t.framesAlike) frameCosts.emplace_back(height, logOf(frameDip));
         }
         preferSmallest(frameCosts, t.sameFrames);
@@ -149,27 +155,37 @@ QString LayoutGuesses::status() const
 
 LayoutGuesses guessLayouts(const QString& fileName, QByteArrayView bytes)
 {
-    // Names first; the earlier guess also finds headers of bytes that are no text.
-    const LayoutGuess earlier = guessLayout(fileName, bytes);
-    if (earlier.layout && earlier.layout->fromName) return {{named(*earlier.layout)}, {}};
-    const PixelChoice choice = choosePixelReading(bytes);
-    if (!choice.reading) return {{}, earlier.reason.isEmpty() ? choice.reason : earlier.reason};
-
-    std::vector<std::pair<int64_t, double>> offsets{{0, 0.0}};
-    for (const int64_t end : headerEnds(bytes)) offsets.emplace_back(end, 0.0);
-    if (earlier.layout && earlier.layout->offset > 0)
-        offsets.emplace_back(earlier.layout->offset, kGuessTuning.headerCost);
-    std::vector<LayoutOption> scored;
-    for (const auto& [offset, cost] : offsets)
-        std::ranges::move(layoutsAfter(bytes, *choice.reading, offset, cost), std::back_inserter(scored));
-    std::ranges::sort(scored, {}, [](const LayoutOption& s) { return s.cost; });
-    // Noise can hide rows from the measure above; the seams of rows and
-    // frames that the earlier guess looks for still show through it.
-    if (earlier.layout && (scored.empty() || scored.front().cost > kGuessTuning.weakEvidence)) {
-        LayoutOption seams = named(*earlier.layout);
-        seams.cost = scored.empty() ? 0 : scored.front().cost;
-        scored.insert(scored.begin(), seams);
+    if (bytes.isEmpty()) return {{}, "the file is empty"};
+    // The earlier guess reads names, and looks for seams of rows and frames:
+    // it is asked when the data alone does not tell clearly, as it reads more of the file.
+    std::optional<LayoutGuess> earlier;
+    if (readNameHints(fileName).any()) {
+        earlier = guessLayout(fileName, bytes);
+        if (earlier->layout && earlier->layout->fromName) return {{named(*earlier->layout)}, {}};
     }
+    const PixelChoice choice = choosePixelReading(bytes);
+    if (!choice.reading) return {{}, choice.reason};
+
+    std::vector<LayoutOption> scored;
+    const auto addLayoutsAfter = [&](int64_t offset, double cost) {
+        std::ranges::move(layoutsAfter(bytes, *choice.reading, offset, cost), std::back_inserter(scored));
+        std::ranges::sort(scored, {}, [](const LayoutOption& s) { return s.cost; });
+    };
+    addLayoutsAfter(0, 0);
+    for (const int64_t end : headerEnds(bytes)) addLayoutsAfter(end, 0);
+    std::optional<LayoutOption> seams;
+    if (scored.empty() || scored.front().cost > kGuessTuning.clearEvidence) {
+        if (!earlier) earlier = guessLayout(fileName, bytes);
+        if (earlier->layout) {
+            // It finds headers of bytes that are neither text nor zeros.
+            if (earlier->layout->offset > 0) addLayoutsAfter(earlier->layout->offset, kGuessTuning.headerCost);
+            seams = named(*earlier->layout);
+            seams->cost = INFINITY;
+        }
+    }
+    // Noise can hide rows from the measure above; the seams still show through it.
+    if (seams && (scored.empty() || scored.front().cost > kGuessTuning.weakEvidence))
+        scored.insert(scored.begin(), *seams);
     if (scored.empty()) return {{}, "no row length makes neighbouring rows alike"};
     LayoutGuesses guesses;
     const auto offered = [&](const LayoutOption& o) {
@@ -179,11 +195,10 @@ LayoutGuesses guessLayouts(const QString& fileName, QByteArrayView bytes)
     };
     for (const LayoutOption& o : scored)
         if (!offered(o) && guesses.best.size() < 3) guesses.best.push_back(o);
-    // The seams' layout is always among those offered: a second opinion.
-    if (earlier.layout && !offered(named(*earlier.layout))) {
+    // Where asked, the seams' layout is among those offered: a second opinion.
+    if (seams && !offered(*seams)) {
         guesses.best.resize(std::min<size_t>(guesses.best.size(), 2));
-        guesses.best.push_back(named(*earlier.layout));
-        guesses.best.back().cost = INFINITY;
+        guesses.best.push_back(*seams);
     }
     return guesses;
 }

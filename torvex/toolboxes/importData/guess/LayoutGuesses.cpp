@@ -1,13 +1,13 @@
 #include "LayoutGuesses.h"
 
 #include "GuessTuning.h"
-#include "Likeness.h"
-#include "PixelReading.h"
 #include "HeaderEnds.h"
+#include "LayoutGuess.h"
+#include "Likeness.h"
+#include "NameHints.h"
+#include "PixelReading.h"
 
 #include "toolboxes/importData/volume/ImageTypes.h"
-#include "toolboxes/importData/volume/LayoutGuess.h"
-#include "toolboxes/importData/volume/NameHints.h"
 
 #include <algorithm>
 #include <cmath>

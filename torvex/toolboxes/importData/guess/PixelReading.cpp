@@ -1,9 +1,8 @@
 #include "PixelReading.h"
 
+#include "ElementChoice.h"
 #include "GuessTuning.h"
 #include "Likeness.h"
-
-#include "toolboxes/importData/volume/ElementChoice.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "toolboxes/importData/volume/ElementSampler.h"
+#include "ElementSampler.h"
 
 #include <QString>
 

@@ -2,10 +2,11 @@
 
 #include "ElementChoice.h"
 #include "FrameHeight.h"
-#include "ImageTypes.h"
 #include "NameHints.h"
 #include "RepeatLength.h"
 #include "Steps.h"
+
+#include "toolboxes/importData/volume/ImageTypes.h"
 
 #include <QStringList>
 

@@ -1,6 +1,6 @@
 // Guessing a headerless file's layout from its name, size and data.
 #include "toolboxes/importData/guess/LayoutGuesses.h"
-#include "toolboxes/importData/volume/NameHints.h"
+#include "toolboxes/importData/guess/NameHints.h"
 
 #include "../support/TempFiles.h"
 

@@ -9,9 +9,12 @@ struct GuessTuning {
     // Places sampled per measure, and values read at each: few places, since each
     // costs a page fault on a mapped file; runs long enough to average out noise.
     int places = 48;
+    int64_t run = 64;
     // Fewer for frames, whose lags are far apart: a page fault each, per height tried.
     int framePlaces = 16;
-    int64_t run = 64;
+    // Places of one group at most this many elements apart: near enough to
+    // share pages, and prime so that they fall on different columns of most rows.
+    int64_t placeStep = 4099;
     // Elements a row of an image has at least and at most; rows a frame has
     // (beyond these, the name should tell).
     int64_t minWidth = 8;
@@ -54,10 +57,8 @@ struct GuessTuning {
     int64_t minHeader = 8;
     // Share of byte pairs equal for 16-bit values made from 8-bit ones (times 257).
     double equalBytePairs = 0.9;
-    // A colour reading needs the same channel a pixel on this much more alike than
-    // the next byte; and no more rough than this to be a picture at all.
+    // A colour reading needs the same channel a pixel on this much more alike than the next byte.
     double channelsRepeat = 0.8;
-    double roughest = 0.6;
 };
 
 inline constexpr GuessTuning kGuessTuning{};

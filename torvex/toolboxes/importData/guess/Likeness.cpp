@@ -7,18 +7,12 @@
 
 namespace torvex {
 
-namespace {
-// Members of a group of places at most this far apart: near enough to share
-// pages, and prime so that they fall on different columns of most rows.
-constexpr int64_t kPlaceStep = 4099;
-} // namespace
-
 Likeness::Likeness(const ElementSampler& sampler, int64_t maxLag, int places) : _sampler(sampler)
 {
     const int64_t run = std::min(kGuessTuning.run, sampler.count());
     const int64_t last = sampler.count() - maxLag - run;
     if (last < 0) return;
-    _starts = sampleStarts(last, places, kPlaceStep);
+    _starts = sampleStarts(last, places, kGuessTuning.placeStep);
     for (const int64_t start : _starts) {
         _runs.emplace_back(static_cast<size_t>(run));
         sampler.decode(start, run, _runs.back().data());

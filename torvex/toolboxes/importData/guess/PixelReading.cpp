@@ -12,10 +12,8 @@ namespace torvex {
 
 namespace {
 
+// Fewer bytes than this read too few pixels for the checks of colour and of equal bytes.
 constexpr int64_t kFewestBytes = 4096;
-
-const std::vector<DType> kDataTypes{DType::UInt8,  DType::UInt16,  DType::Int16,  DType::UInt32,
-                                    DType::Int32,  DType::Float32, DType::Float64};
 
 // Share of the byte pairs starting at `phase` (and every second byte on) whose two bytes are equal.
 double equalPairs(QByteArrayView bytes, int64_t phase)
@@ -24,7 +22,7 @@ double equalPairs(QByteArrayView bytes, int64_t phase)
     const int64_t run = kGuessTuning.run * 2;
     std::vector<double> values(static_cast<size_t>(run));
     int64_t equal = 0, pairs = 0;
-    for (const int64_t start : sampleStarts((sampler.count() - run) / 2, kGuessTuning.places, 4099)) {
+    for (const int64_t start : sampleStarts((sampler.count() - run) / 2, kGuessTuning.places, kGuessTuning.placeStep)) {
         sampler.decode(2 * start, run, values.data());
         for (size_t i = 0; i + 1 < values.size(); i += 2) equal += values[i] == values[i + 1], ++pairs;
     }
@@ -44,7 +42,7 @@ std::optional<PixelReading> colourReading(QByteArrayView bytes)
     // Mean of the first and third channel over the sampled pixels.
     double first = 0, third = 0;
     std::vector<double> pixel(3);
-    for (const int64_t start : sampleStarts(sampler.count() / 3 - 1, 1024, 4099)) {
+    for (const int64_t start : sampleStarts(sampler.count() / 3 - 1, 1024, kGuessTuning.placeStep)) {
         sampler.decode(3 * start, 3, pixel.data());
         first += pixel[0], third += pixel[2];
     }
@@ -73,7 +71,7 @@ PixelChoice choosePixelReading(QByteArrayView bytes)
         if (std::optional<PixelReading> colour = colourReading(bytes)) return {colour, {}};
         if (bytesStepLeast(bytes)) return {PixelReading{{DType::UInt8, ByteOrder::Little, 0}}, {}};
     }
-    const ElementChoice plain = chooseElementReading(bytes, kDataTypes, {ByteOrder::Little, ByteOrder::Big});
+    const ElementChoice plain = chooseElementReading(bytes, kGuessedTypes, {ByteOrder::Little, ByteOrder::Big});
     if (!plain.reading) return {std::nullopt, plain.reason};
     return {PixelReading{*plain.reading}, {}};
 }

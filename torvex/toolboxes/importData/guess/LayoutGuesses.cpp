@@ -184,8 +184,10 @@ LayoutGuesses guessLayouts(const QString& fileName, QByteArrayView bytes)
         }
     }
     // Noise can hide rows from the measure above; the seams still show through it.
-    if (seams && (scored.empty() || scored.front().cost > kGuessTuning.weakEvidence))
+    if (seams && (scored.empty() || scored.front().cost > kGuessTuning.weakEvidence)) {
         scored.insert(scored.begin(), *seams);
+        scored.front().cost = scored.size() > 1 ? scored[1].cost : 0;
+    }
     if (scored.empty()) return {{}, "no row length makes neighbouring rows alike"};
     LayoutGuesses guesses;
     const auto offered = [&](const LayoutOption& o) {

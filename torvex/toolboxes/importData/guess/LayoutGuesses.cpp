@@ -43,14 +43,18 @@ using Evidence = std::vector<std::pair<int64_t, double>>;
 double logOf(double likeness) { return std::log(std::max(likeness, 1e-3)); }
 
 // Two rows (or frames) taken as one are as alike as one is with the next:
-// sizes with evidence near the best's all take the best's, and the smaller goes first.
+// the smallest size with evidence near the best's takes the best's, and the
+// larger ones, which it explains, fall behind it by more than a close second.
 void preferSmallest(Evidence& sizes, double near)
 {
     if (sizes.empty()) return;
     const double best = std::ranges::min(sizes, {}, &std::pair<int64_t, double>::second).second;
-    constexpr double kTieBreak = 1e-9; // per row or frame element: far too small to outweigh any evidence
+    auto smallest = sizes.end();
+    for (auto it = sizes.begin(); it != sizes.end(); ++it)
+        if (it->second < best * near && (smallest == sizes.end() || it->first < smallest->first)) smallest = it;
     for (auto& [size, cost] : sizes)
-        if (cost < best * near) cost = best + kTieBreak * static_cast<double>(size);
+        if (cost < best * near) cost = std::max(cost, best + kGuessTuning.closeCost);
+    smallest->second = best;
 }
 
 // Pictures are seldom much longer than wide or the other way.

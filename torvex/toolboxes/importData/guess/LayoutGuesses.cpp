@@ -85,6 +85,7 @@ std::vector<LayoutOption> layoutsAfter(QByteArrayView bytes, PixelReading pixel,
     preferSmallest(rowCosts, t.sameRows);
     std::ranges::sort(rowCosts, {}, &std::pair<int64_t, double>::second);
     rowCosts.resize(std::min<size_t>(rowCosts.size(), 3));
+    const int64_t shortest = rowCosts.empty() ? 0 : std::ranges::min(rowCosts, {}, &std::pair<int64_t, double>::first).first;
 
     LayoutOption base{typeName(pixel), offset};
     base.littleEndian = pixel.channels == 1 && pixel.element.order == ByteOrder::Little;
@@ -98,8 +99,9 @@ std::vector<LayoutOption> layoutsAfter(QByteArrayView bytes, PixelReading pixel,
         one.width = width, one.height = allRows, one.frames = 1;
         one.cost = rowCost + aspectCost(width, allRows);
         scored.push_back(one);
-        // Frames of the likeliest row length only: each height tried reads a few dozen pages.
-        if (width != rowCosts.front().first) continue;
+        // Frames of the likeliest row length, and of the shortest likely one
+        // (a whole frame taken for a row is most alike): each height tried reads a few dozen pages.
+        if (width != rowCosts.front().first && width != shortest) continue;
         const Likeness frames(sampler, pixels * c / 2 + t.aside * width * c, t.framePlaces);
         // Frames show as alike from one to the next, or as seams where rows are not.
         Evidence frameCosts;

@@ -12,6 +12,7 @@ packages=(
   xvfb xauth x11-apps fonts-dejavu-core libxcb1-dev
   python3 python3-numpy python3-pil python3-dev pybind11-dev
   desktop-file-utils appstream
+  python3-skimage python-matplotlib-data
 )
 
 missing=()

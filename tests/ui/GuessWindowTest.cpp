@@ -5,6 +5,7 @@
 #include "../support/TempFiles.h"
 
 #include <QLabel>
+#include <QMenu>
 #include <QStatusBar>
 #include <QtEndian>
 
@@ -39,6 +40,17 @@ TEST(GuessWindow, FillsThePanelSoThatAllBytesMatchOrLeavesItAlone)
     ASSERT_EQ(w.ui->listWidget_data->count(), 1);
     EXPECT_EQ(w.ui->listWidget_data->item(0)->data(Qt::UserRole).value<DataEntry>().params->layout.width, 96);
 
+    // The alternatives, best first; picking one fills the panel with it.
+    ASSERT_TRUE(w.ui->toolButton_guessAlternatives->isEnabled());
+    const QList<QAction*> alternatives = w.ui->toolButton_guessAlternatives->menu()->actions();
+    ASSERT_GE(alternatives.size(), 2);
+    EXPECT_EQ(alternatives[0]->text(), "16-bit Unsigned, 96 x 64 x 3, big endian");
+    alternatives[1]->trigger();
+    const QStringList sizes = alternatives[1]->text().section(", ", 1, 1).split(" x ");
+    EXPECT_EQ(w.ui->spinBox_width->value(), sizes[0].toInt());
+    EXPECT_EQ(w.ui->spinBox_totalFrame->value(), sizes[2].toInt());
+    EXPECT_TRUE(w.ui->statusbar->currentMessage().contains(sizes.join(" x "))) << qPrintable(alternatives[1]->text());
+
     // Noise, and no file at all: a reason, and the panel as it was.
     std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<char>(noise()); });
     ImportData noisy(nullptr, nullptr, {}, test::writeFile(dir.filePath("noise.raw"), bytes));
@@ -46,6 +58,7 @@ TEST(GuessWindow, FillsThePanelSoThatAllBytesMatchOrLeavesItAlone)
     for (ImportData* window : {&noisy, &empty}) {
         window->ui->pushButton_guess->click();
         EXPECT_TRUE(window->ui->statusbar->currentMessage().startsWith("Cannot guess: "));
+        EXPECT_FALSE(window->ui->toolButton_guessAlternatives->isEnabled());
         EXPECT_EQ(window->_captureVolumeParams(), VolumeParams::resetValues());
     }
 }

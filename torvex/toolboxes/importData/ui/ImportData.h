@@ -36,6 +36,7 @@ namespace torvex {
 
 class AppContext;
 class PreviewImageItem;
+struct LayoutOption;
 class PreviewPlot;
 class PreviewSurface;
 
@@ -186,8 +187,10 @@ private:
     void onFitView();
     // A short guide to the panel's terms, beside the window.
     void onShowHelp();
-    // Fills the panel with a layout guessed from the open raw file.
+    // Fills the panel with a layout guessed from the open raw file, and offers
+    // the other likely ones under the button beside Guess.
     void onGuessLayout();
+    void _applyGuessedLayout(const LayoutOption& layout);
     // Sorts the image files by the numbers in their names, or plainly again.
     void onNaturalOrderChanged();
     // Reads the image files again as the reading boxes say (bit depth kept,

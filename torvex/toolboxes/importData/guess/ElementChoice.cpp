@@ -34,8 +34,9 @@ struct Score {
 
 bool isSigned(DType dtype) { return dtype == DType::Int16 || dtype == DType::Int32; }
 
-// Floats read from bytes of another kind come out tiny, huge or not numbers at all.
-bool plausibleFloat(double v) { return v == 0 || (std::isfinite(v) && std::fabs(v) > 1e-30 && std::fabs(v) < 1e30); }
+// Floats read from bytes of another kind come out tiny or huge; infinities and
+// NaNs are rare there, but common in real data as masks (no measurement).
+bool plausibleFloat(double v) { return v == 0 || !std::isfinite(v) || (std::fabs(v) > 1e-30 && std::fabs(v) < 1e30); }
 
 Score score(const ElementSampler& sampler)
 {

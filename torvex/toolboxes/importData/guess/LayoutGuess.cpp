@@ -2,10 +2,12 @@
 
 #include "ElementChoice.h"
 #include "FrameHeight.h"
-#include "ImageTypes.h"
+#include "GuessTuning.h"
 #include "NameHints.h"
 #include "RepeatLength.h"
 #include "Steps.h"
+
+#include "toolboxes/importData/volume/ImageTypes.h"
 
 #include <QStringList>
 
@@ -16,18 +18,11 @@ namespace torvex {
 
 namespace {
 
-// Widest row and tallest frame looked for in the data; beyond them the file
-// size alone decides, and the name should tell.
-constexpr int64_t kMaxWidth = 16384;
-constexpr int64_t kMaxHeight = 8192;
 // Frames fill a file but for a short header, which bounds the frame heights to try.
 constexpr int64_t kMaxHeaderBytes = 4096;
 // Values compared per row when looking for a header's rows.
 constexpr int64_t kRowRun = 1024;
 
-// Float16 is left to names: 16-bit integers often read as plausible half floats too.
-const std::vector<DType> kDataTypes{DType::UInt8,  DType::UInt16,  DType::Int16,  DType::UInt32,
-                                    DType::Int32,  DType::Float32, DType::Float64};
 
 QString grayTypeName(DType dtype)
 {
@@ -49,7 +44,7 @@ int64_t product(int64_t a, int64_t b)
 std::vector<DType> fittingTypes(const NameHints& hints, int64_t fileBytes)
 {
     const std::vector<DType> candidates =
-        hints.imgType ? std::vector{findImageType(*hints.imgType)->dtype} : kDataTypes;
+        hints.imgType ? std::vector{findImageType(*hints.imgType)->dtype} : kGuessedTypes;
     if (!hints.width && !hints.height && !hints.frames) return candidates;
     std::vector<DType> types;
     for (DType dtype : candidates) {
@@ -130,8 +125,8 @@ LayoutGuess guessLayout(const QString& fileName, QByteArrayView bytes)
     if (hints.width) {
         widths = {*hints.width};
     } else {
-        widths = rowLengths(sampler, std::min(kMaxWidth, count / 3));
-        if (widths.empty()) return nothing(QString("no row length up to %1 values repeats in its data").arg(kMaxWidth));
+        widths = rowLengths(sampler, std::min(kGuessTuning.maxWidth, count / 3));
+        if (widths.empty()) return nothing(QString("no row length up to %1 values repeats in its data").arg(kGuessTuning.maxWidth));
         g.fromData = true;
     }
     // Row lengths that fill the file exactly, when there are any: most files
@@ -146,7 +141,7 @@ LayoutGuess guessLayout(const QString& fileName, QByteArrayView bytes)
         g.height = count / g.width / *hints.frames;
         g.fromSize = true;
     } else if (const std::optional<FrameShape> shape =
-                   findFrames(sampler, widths, kMaxHeight, kMaxHeaderBytes / reading.size())) {
+                   findFrames(sampler, widths, kGuessTuning.maxHeight, kMaxHeaderBytes / reading.size())) {
         g.width = shape->width;
         g.height = shape->height;
         g.fromData = true;

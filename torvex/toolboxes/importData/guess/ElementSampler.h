@@ -1,6 +1,6 @@
 #pragma once
 
-#include "DType.h"
+#include "toolboxes/importData/volume/DType.h"
 
 #include <QByteArrayView>
 

@@ -3,6 +3,7 @@
 #include "host/HostWindow.h"
 
 #include "toolboxes/importData/ImportData.h"
+#include "toolboxes/importData/ui/VolumePanelBindings.h"
 
 #include <QTemporaryDir>
 #include <QTest>
@@ -23,8 +24,10 @@ TEST(SmallScreen, FirstUseControlsAreInViewInBothModes)
         ASSERT_TRUE(QTest::qWaitForWindowExposed(&host));
         const Ui::ImportData& ui = *host.importData()->ui;
         // The top of the column is always in view; what comes last in it is what scrolls away.
-        const QList<QWidget*> needed = {ui.spinBox_totalFrame, ui.pushButton_guess, ui.listWidget_imageList,
-                                        ui.listWidget_data, ui.pushButton_import, ui.pushButton_generate_function};
+        QList<QWidget*> needed = {ui.pushButton_guess, ui.toolButton_guessAlternatives, ui.listWidget_imageList,
+                                  ui.listWidget_data, ui.pushButton_import, ui.pushButton_generate_function};
+        for (const VolumePanelBinding& row : volumePanelBindings())
+            needed << host.importData()->findChild<QWidget*>(row.widget);
         for (QWidget* w : needed)
             if (w->isVisible()) EXPECT_EQ(w->visibleRegion().boundingRect(), w->rect()) << w->objectName().toStdString();
         const QRect preview(ui.stackedWidget_preview->mapTo(&host, QPoint()), ui.stackedWidget_preview->size());

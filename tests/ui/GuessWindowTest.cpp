@@ -47,8 +47,8 @@ TEST(GuessWindow, FillsThePanelSoThatAllBytesMatchOrLeavesItAlone)
     EXPECT_EQ(alternatives[0]->text(), "16-bit Unsigned, 96 x 64 x 3, big endian");
     alternatives[1]->trigger();
     const QStringList sizes = alternatives[1]->text().section(", ", 1, 1).split(" x ");
-    EXPECT_EQ(w.ui->spinBox_width->value(), sizes[0].toInt());
-    EXPECT_EQ(w.ui->spinBox_totalFrame->value(), sizes[2].toInt());
+    EXPECT_EQ(w._captureVolumeParams().layout.width, sizes[0].toInt());
+    EXPECT_EQ(w._captureVolumeParams().layout.frame, sizes[2].toInt());
     EXPECT_TRUE(w.ui->statusbar->currentMessage().contains(sizes.join(" x "))) << qPrintable(alternatives[1]->text());
 
     // Noise, and no file at all: a reason, and the panel as it was.

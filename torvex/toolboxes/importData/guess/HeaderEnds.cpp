@@ -34,7 +34,7 @@ std::vector<int64_t> headerEnds(QByteArrayView bytes)
         lineEnd = text.indexOf('\n', lineEnd) + 1;
     }
     std::ranges::sort(ends);
-    ends.erase(std::ranges::unique(ends).begin(), ends.end());
+    ends.erase(std::unique(ends.begin(), ends.end()), ends.end()); // clang 14 lacks ranges::unique on libstdc++ 12
     return ends;
 }
 

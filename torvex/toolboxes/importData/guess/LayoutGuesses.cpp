@@ -33,7 +33,7 @@ std::vector<int64_t> divisors(int64_t n, int64_t least, int64_t most)
             for (const int64_t f : {d, n / d})
                 if (f >= least && f <= most) found.push_back(f);
     std::ranges::sort(found);
-    found.erase(std::ranges::unique(found).begin(), found.end());
+    found.erase(std::unique(found.begin(), found.end()), found.end()); // clang 14 lacks ranges::unique on libstdc++ 12
     return found;
 }
 

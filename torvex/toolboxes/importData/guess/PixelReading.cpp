@@ -65,8 +65,8 @@ PixelChoice choosePixelReading(QByteArrayView bytes)
 {
     if (bytes.size() >= kFewestBytes) {
         const int64_t phase = bytes.size() % 2;
-        if (equalPairs(bytes, phase) > kGuessTuning.equalBytePairs &&
-            equalPairs(bytes, 1 - phase) < kGuessTuning.equalBytePairs)
+        const double aligned = equalPairs(bytes, phase), shifted = equalPairs(bytes, 1 - phase);
+        if (aligned > kGuessTuning.equalBytePairs && (1 - shifted) > kGuessTuning.unequalPairsRatio * (1 - aligned))
             return {PixelReading{{DType::UInt16, ByteOrder::Little, phase}}, {}};
         if (std::optional<PixelReading> colour = colourReading(bytes)) return {colour, {}};
         if (bytesStepLeast(bytes)) return {PixelReading{{DType::UInt8, ByteOrder::Little, 0}}, {}};

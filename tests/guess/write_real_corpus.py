@@ -96,6 +96,8 @@ def main(out):
         c.write('16-bit x257 image', src, img[None].astype(np.float64) * 257, 'u2', orders[i % 2])
         code = ['i2', 'u4', 'i4', 'f4', 'f8'][i % 5]
         c.write('wider image', src, as_type(img, code)[None], code, orders[(i + 1) % 2])
+    # Reals of a picture divided by 3 repeat their mantissa's bytes, which then step least.
+    c.write('wider image', 'brick', grays['brick'][None] / 3, 'f8', '<')
     # A small picture on a wide black margin: neighbours are equal at either byte phase.
     c.write('16-bit x257 image', 'cell', np.pad(grays['cell'][:200, :240], 250)[None].astype(np.float64) * 257, 'u2', '>')
     for src, data, code in real_sources():

@@ -4,6 +4,7 @@
 # OUT_DIR/truth.tsv: name, category, source, type, width, height, frames,
 # offset, little endian (1/0), "tune" or "held out" (by source image).
 import gzip
+import pickle
 import sys
 
 import numpy as np
@@ -11,6 +12,7 @@ from PIL import Image
 
 SKIMAGE = '/usr/lib/python3/dist-packages/skimage/data/'
 MPL = '/usr/share/matplotlib/mpl-data/sample_data/'
+SCIPY = '/usr/lib/python3/dist-packages/scipy/misc/'
 # Sources never looked at while tuning the guess.
 HELD_OUT = {'coins', 'gravel', 'chelsea', 'motorcycle', 'dem', 'faces', 'hubble', 'page'}
 
@@ -96,6 +98,10 @@ def main(out):
         c.write('16-bit x257 image', src, img[None].astype(np.float64) * 257, 'u2', orders[i % 2])
         code = ['i2', 'u4', 'i4', 'f4', 'f8'][i % 5]
         c.write('wider image', src, as_type(img, code)[None], code, orders[(i + 1) % 2])
+    # Reals of a picture divided by 3 repeat their mantissa's bytes, which then step least.
+    c.write('wider image', 'brick', grays['brick'][None] / 3, 'f8', '<')
+    # A small picture on a wide black margin: neighbours are equal at either byte phase.
+    c.write('16-bit x257 image', 'cell', np.pad(grays['cell'][:200, :240], 250)[None].astype(np.float64) * 257, 'u2', '>')
     for src, data, code in real_sources():
         for j, order in enumerate(orders):
             c.write('scan or map', src, data[None], code, order)
@@ -119,6 +125,9 @@ def main(out):
     faces = np.load(SKIMAGE + 'lfw_subset.npy')
     c.write('stack', 'faces', faces[:100], 'f8', '<')
     c.write('stack', 'faces', (faces[100:160] * 255), 'u1')
+    # A few small frames, where row lengths that do not divide the true one come close too.
+    ascent = np.asarray(pickle.load(open(SCIPY + 'ascent.dat', 'rb'))).astype(np.uint8)
+    c.write('stack', 'ascent', np.stack([ascent[10 + 2 * k:110 + 2 * k, 20 + 3 * k:170 + 3 * k] for k in range(3)]), 'u1')
     mri = real_sources()[0][1]
     # A volume: slices of the scan fading, as through a head, in units that cross zero.
     vol = np.stack([mri * (1 - abs(z - 12) / 16) for z in range(24)])[:, ::2, ::2] - 300

@@ -59,6 +59,9 @@ struct GuessTuning {
     double equalBytePairs = 0.9;
     // A colour reading needs the same channel a pixel on this much more alike than the next byte.
     double channelsRepeat = 0.8;
+    // 16-bit of equal bytes only where the pairs one byte on are this many times
+    // as often unequal: flat 8-bit pictures have equal neighbours at either phase.
+    double unequalPairsRatio = 4;
 };
 
 inline constexpr GuessTuning kGuessTuning{};

@@ -43,15 +43,18 @@ using Evidence = std::vector<std::pair<int64_t, double>>;
 double logOf(double likeness) { return std::log(std::max(likeness, 1e-3)); }
 
 // Two rows (or frames) taken as one are as alike as one is with the next:
-// the smallest size with evidence near the best's takes the best's, and the
+// the smallest size with evidence near the best's that divides the best
+// (a size that does not, explains nothing of it) takes the best's, and the
 // larger ones, which it explains, fall behind it by more than a close second.
 void preferSmallest(Evidence& sizes, double near)
 {
     if (sizes.empty()) return;
-    const double best = std::ranges::min(sizes, {}, &std::pair<int64_t, double>::second).second;
+    const auto [bestSize, best] = std::ranges::min(sizes, {}, &std::pair<int64_t, double>::second);
     auto smallest = sizes.end();
     for (auto it = sizes.begin(); it != sizes.end(); ++it)
-        if (it->second < best * near && (smallest == sizes.end() || it->first < smallest->first)) smallest = it;
+        if (it->second < best * near && bestSize % it->first == 0 &&
+            (smallest == sizes.end() || it->first < smallest->first))
+            smallest = it;
     for (auto& [size, cost] : sizes)
         if (cost < best * near) cost = std::max(cost, best + kGuessTuning.closeCost);
     smallest->second = best;

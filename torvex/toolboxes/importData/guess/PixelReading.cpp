@@ -65,11 +65,19 @@ PixelChoice choosePixelReading(QByteArrayView bytes)
 {
     if (bytes.size() >= kFewestBytes) {
         const int64_t phase = bytes.size() % 2;
-        if (equalPairs(bytes, phase) > kGuessTuning.equalBytePairs &&
-            equalPairs(bytes, 1 - phase) < kGuessTuning.equalBytePairs)
+        const double aligned = equalPairs(bytes, phase), shifted = equalPairs(bytes, 1 - phase);
+        if (aligned > kGuessTuning.equalBytePairs && (1 - shifted) > kGuessTuning.unequalPairsRatio * (1 - aligned))
             return {PixelReading{{DType::UInt16, ByteOrder::Little, phase}}, {}};
         if (std::optional<PixelReading> colour = colourReading(bytes)) return {colour, {}};
-        if (bytesStepLeast(bytes)) return {PixelReading{{DType::UInt8, ByteOrder::Little, 0}}, {}};
+        if (bytesStepLeast(bytes)) {
+            // 64-bit reals of values divided by 3 or 255 repeat their mantissa's
+            // bytes, which then step least too; a picture's bytes read as such
+            // reals are mostly absurd, so a plausible smooth reading tells them apart.
+            if (const ElementChoice real = chooseElementReading(bytes, {DType::Float64}, {ByteOrder::Little, ByteOrder::Big});
+                real.reading)
+                return {PixelReading{*real.reading}, {}};
+            return {PixelReading{{DType::UInt8, ByteOrder::Little, 0}}, {}};
+        }
     }
     const ElementChoice plain = chooseElementReading(bytes, kGuessedTypes, {ByteOrder::Little, ByteOrder::Big});
     if (!plain.reading) return {std::nullopt, plain.reason};

@@ -12,6 +12,7 @@
 #include "toolboxes/importData/sequence/PlainPng.h"
 #include "toolboxes/importData/sequence/StillImageDecoder.h"
 #include "toolboxes/importData/sequence/TextHead.h"
+#include "toolboxes/importData/sequence/TiffPages.h"
 
 #include "../support/TempFiles.h"
 
@@ -62,6 +63,14 @@ bits = Image.fromarray((np.arange(20) % 3 == 0).reshape(4, 5))
 for ext in ("png", "bmp", "pbm", "tif"):
     bits.save(out + "bilevel." + ext)
 Image.new("1", (5, 4), 1).save(out + "white_bilevel.png")
+
+# Pages of every kind, compressed with a predictor; palette, alpha and 1-bit
+# pages are the general decoder's.
+page = np.arange(35 * 6).reshape(35, 6)
+Image.fromarray(page.astype(np.uint8), "L").save(out + "pages.tif", compression="tiff_adobe_deflate", save_all=True,
+    append_images=[Image.fromarray((page * 300).astype(np.uint16)), Image.fromarray(np.dstack([page] * 3).astype(np.uint8)),
+                   Image.fromarray(page.astype(np.float32) / 7 - 9, "F"), Image.fromarray(page.astype(np.int32) * -99999, "I"),
+                   palette, Image.fromarray(np.dstack([page] * 4).astype(np.uint8)), bits])
 
 write("text.txt", "first line\r\nsecond\rthird\u2028fourth\n".encode())
 write("binary.bin", bytes(range(250, 256)) + bytes(range(20)))
@@ -343,6 +352,23 @@ TEST(PlaceholderFrame, DrawsInTheColoursOfItsChannelCount)
 
 // Cancelling is the fault injections' (closing the window mid-load), held at each
 // stage; channel counts that do not stack and empty lists are the window test's.
+// Pages read in any order through files kept open are those the general
+// decoder reads by reopening the file.
+TEST(TiffPages, ReadEveryPageInAnyOrderAsTheGeneralDecoder)
+{
+    TiffPages openPages;
+    const QString pages = sequenceFile("pages.tif");
+    for (int page : {1, 2, 3, 0, 7, 4, 6, 5, 3, 4, 2}) {
+        const NdArray reopened = decodeStillImagePage(pages, page).pixels;
+        const NdArray kept = decodeStillImagePage(pages, page, NdArray::empty, &openPages).pixels;
+        ASSERT_EQ(kept.shape(), reopened.shape()) << page;
+        ASSERT_EQ(kept.dtype(), reopened.dtype()) << page;
+        EXPECT_EQ(0, std::memcmp(kept.data(), reopened.data(), size_t(kept.nbytes()))) << page;
+        if (page == 4) openPages.read(sequenceFile("float.tif"), 0, NdArray::empty); // another file between
+    }
+    EXPECT_THROW(openPages.read(pages, 8, NdArray::empty), std::runtime_error);
+}
+
 TEST(ImageLoaderWorker, StacksImagesAndPlaceholdersInOneChannelCount)
 {
     // The files; the shape of the one stack they end with (only unreadable

@@ -5,6 +5,7 @@
 #include "PlainPng.h"
 #include "StoredColour.h"
 #include "TiffLowDepth.h"
+#include "TiffPages.h"
 
 #include <OpenImageIO/imageio.h>
 
@@ -166,8 +167,10 @@ DecodedImage decodeStoredImage(const QString& path, const PixelAllocator& alloca
     return {readPixels(*input, allocate), false};
 }
 
-DecodedImage decodeLaterPage(const QString& path, int page, const PixelAllocator& allocate)
+DecodedImage decodeLaterPage(const QString& path, int page, const PixelAllocator& allocate, TiffPages* openPages)
 {
+    if (openPages)
+        if (std::optional<NdArray> pixels = openPages->read(path, page, allocate)) return {*pixels, false};
     const std::string file = QFile::encodeName(path).toStdString();
     auto input = openImage(file, false);
     if (input->format_name() != std::string_view("tiff") || !input->seek_subimage(page, 0))
@@ -206,11 +209,12 @@ int stillImagePageCount(const QString& path)
     return pages;
 }
 
-DecodedImage decodeStillImagePage(const QString& path, int page, const PixelAllocator& allocate)
+DecodedImage decodeStillImagePage(const QString& path, int page, const PixelAllocator& allocate,
+                                  TiffPages* openPages)
 {
     applyDecoderLimits();
     try {
-        return page == 0 ? decodeStoredImage(path, allocate) : decodeLaterPage(path, page, allocate);
+        return page == 0 ? decodeStoredImage(path, allocate) : decodeLaterPage(path, page, allocate, openPages);
     } catch (const std::runtime_error&) {
         throw;
     } catch (const std::exception& e) {

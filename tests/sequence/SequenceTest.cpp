@@ -1,7 +1,9 @@
 // Still images and other files through the loader's steps: decoding (and the
 // fast reader of plain PNG files), 8-bit stretching, frame shape, placeholders,
 // the worker, the file filter, and numbered names.
+#include "toolboxes/importData/loadfunction/ImageSequenceLoadFunction.h"
 #include "toolboxes/importData/sequence/FileFilter.h"
+#include "toolboxes/importData/sequence/FramePages.h"
 #include "toolboxes/importData/sequence/FrameShape.h"
 #include "toolboxes/importData/sequence/ImageLoaderWorker.h"
 #include "toolboxes/importData/sequence/KeptDepth.h"
@@ -367,6 +369,34 @@ TEST(TiffPages, ReadEveryPageInAnyOrderAsTheGeneralDecoder)
         if (page == 4) openPages.read(sequenceFile("float.tif"), 0, NdArray::empty); // another file between
     }
     EXPECT_THROW(openPages.read(pages, 8, NdArray::empty), std::runtime_error);
+}
+
+// Every frame of an animated GIF, composed as it shows, is a frame, as the
+// generated code reads it, with the stored values kept or stretched.
+TEST(ImageLoaderWorker, EveryFrameOfAnAnimatedGifAsTheGeneratedCodeReadsIt)
+{
+    QTemporaryDir dir;
+    test::runPython(R"(
+import sys, numpy as np, PIL.Image
+ramp = np.arange(120).reshape(12, 10)
+frames = [PIL.Image.fromarray(np.dstack([ramp * 7 * k % 200, ramp, ramp * k // 3]).astype(np.uint8)).convert(
+    "P", palette=PIL.Image.ADAPTIVE, colors=16) for k in range(1, 4)]
+frames[0].save(sys.argv[1] + "/anim.gif", save_all=True, append_images=frames[1:])
+)", {dir.path()});
+    const PagedRows rows = everyPage({dir.filePath("anim.gif")});
+    ASSERT_EQ(rows.paths.size(), 3);
+    for (const bool keepDepth : {false, true}) {
+        const SequenceReading reading{.keepDepth = keepDepth, .allPages = true};
+        _ImageLoaderWorker worker(1, rows.paths, reading, rows.pages);
+        QObject::connect(&worker, &_ImageLoaderWorker::finished,
+                         [&](int, const NdArray& stack) { saveNpy(stack, dir.filePath("stack.npy")); });
+        worker.run();
+        EXPECT_EQ(test::runPython(imageSequenceLoadFunctionText(rows.paths, "*.gif", false, false, reading) + R"(
+import sys, numpy as np
+ours, theirs = np.load(sys.argv[1] + "/stack.npy"), load_image_sequence(sys.argv[1])
+print(ours.shape, np.array_equal(ours, theirs))
+)", {dir.path()}), "(3, 12, 10, 3) True") << keepDepth;
+    }
 }
 
 TEST(ImageLoaderWorker, StacksImagesAndPlaceholdersInOneChannelCount)

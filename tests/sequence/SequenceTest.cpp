@@ -1,7 +1,9 @@
 // Still images and other files through the loader's steps: decoding (and the
 // fast reader of plain PNG files), 8-bit stretching, frame shape, placeholders,
 // the worker, the file filter, and numbered names.
+#include "toolboxes/importData/loadfunction/ImageSequenceLoadFunction.h"
 #include "toolboxes/importData/sequence/FileFilter.h"
+#include "toolboxes/importData/sequence/FramePages.h"
 #include "toolboxes/importData/sequence/FrameShape.h"
 #include "toolboxes/importData/sequence/ImageLoaderWorker.h"
 #include "toolboxes/importData/sequence/KeptDepth.h"
@@ -12,6 +14,7 @@
 #include "toolboxes/importData/sequence/PlainPng.h"
 #include "toolboxes/importData/sequence/StillImageDecoder.h"
 #include "toolboxes/importData/sequence/TextHead.h"
+#include "toolboxes/importData/sequence/TiffPages.h"
 
 #include "../support/TempFiles.h"
 
@@ -62,6 +65,14 @@ bits = Image.fromarray((np.arange(20) % 3 == 0).reshape(4, 5))
 for ext in ("png", "bmp", "pbm", "tif"):
     bits.save(out + "bilevel." + ext)
 Image.new("1", (5, 4), 1).save(out + "white_bilevel.png")
+
+# Pages of every kind, compressed with a predictor; palette, alpha and 1-bit
+# pages are the general decoder's.
+page = np.arange(35 * 6).reshape(35, 6)
+Image.fromarray(page.astype(np.uint8), "L").save(out + "pages.tif", compression="tiff_adobe_deflate", save_all=True,
+    append_images=[Image.fromarray((page * 300).astype(np.uint16)), Image.fromarray(np.dstack([page] * 3).astype(np.uint8)),
+                   Image.fromarray(page.astype(np.float32) / 7 - 9, "F"), Image.fromarray(page.astype(np.int32) * -99999, "I"),
+                   palette, Image.fromarray(np.dstack([page] * 4).astype(np.uint8)), bits])
 
 write("text.txt", "first line\r\nsecond\rthird\u2028fourth\n".encode())
 write("binary.bin", bytes(range(250, 256)) + bytes(range(20)))
@@ -343,6 +354,51 @@ TEST(PlaceholderFrame, DrawsInTheColoursOfItsChannelCount)
 
 // Cancelling is the fault injections' (closing the window mid-load), held at each
 // stage; channel counts that do not stack and empty lists are the window test's.
+// Pages read in any order through files kept open are those the general
+// decoder reads by reopening the file.
+TEST(TiffPages, ReadEveryPageInAnyOrderAsTheGeneralDecoder)
+{
+    TiffPages openPages;
+    const QString pages = sequenceFile("pages.tif");
+    for (int page : {1, 2, 3, 0, 7, 4, 6, 5, 3, 4, 2}) {
+        const NdArray reopened = decodeStillImagePage(pages, page).pixels;
+        const NdArray kept = decodeStillImagePage(pages, page, NdArray::empty, &openPages).pixels;
+        ASSERT_EQ(kept.shape(), reopened.shape()) << page;
+        ASSERT_EQ(kept.dtype(), reopened.dtype()) << page;
+        EXPECT_EQ(0, std::memcmp(kept.data(), reopened.data(), size_t(kept.nbytes()))) << page;
+        if (page == 4) openPages.read(sequenceFile("float.tif"), 0, NdArray::empty); // another file between
+    }
+    EXPECT_THROW(openPages.read(pages, 8, NdArray::empty), std::runtime_error);
+}
+
+// Every frame of an animated GIF, composed as it shows, is a frame, as the
+// generated code reads it, with the stored values kept or stretched.
+TEST(ImageLoaderWorker, EveryFrameOfAnAnimatedGifAsTheGeneratedCodeReadsIt)
+{
+    QTemporaryDir dir;
+    test::runPython(R"(
+import sys, numpy as np, PIL.Image
+ramp = np.arange(120).reshape(12, 10)
+frames = [PIL.Image.fromarray(np.dstack([ramp * 7 * k % 200, ramp, ramp * k // 3]).astype(np.uint8)).convert(
+    "P", palette=PIL.Image.ADAPTIVE, colors=16) for k in range(1, 4)]
+frames[0].save(sys.argv[1] + "/anim.gif", save_all=True, append_images=frames[1:])
+)", {dir.path()});
+    const PagedRows rows = everyPage({dir.filePath("anim.gif")});
+    ASSERT_EQ(rows.paths.size(), 3);
+    for (const bool keepDepth : {false, true}) {
+        const SequenceReading reading{.keepDepth = keepDepth, .allPages = true};
+        _ImageLoaderWorker worker(1, rows.paths, reading, rows.pages);
+        QObject::connect(&worker, &_ImageLoaderWorker::finished,
+                         [&](int, const NdArray& stack) { saveNpy(stack, dir.filePath("stack.npy")); });
+        worker.run();
+        EXPECT_EQ(test::runPython(imageSequenceLoadFunctionText(rows.paths, "*.gif", false, false, reading) + R"(
+import sys, numpy as np
+ours, theirs = np.load(sys.argv[1] + "/stack.npy"), load_image_sequence(sys.argv[1])
+print(ours.shape, np.array_equal(ours, theirs))
+)", {dir.path()}), "(3, 12, 10, 3) True") << keepDepth;
+    }
+}
+
 TEST(ImageLoaderWorker, StacksImagesAndPlaceholdersInOneChannelCount)
 {
     // The files; the shape of the one stack they end with (only unreadable

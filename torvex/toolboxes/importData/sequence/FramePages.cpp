@@ -10,8 +10,9 @@ PagedRows everyPage(const QStringList& files)
     for (const QString& file : files) {
         // Opening every file to count its pages would slow large folders of
         // other formats for nothing.
-        const bool tiff = file.endsWith(".tif", Qt::CaseInsensitive) || file.endsWith(".tiff", Qt::CaseInsensitive);
-        const int count = tiff ? stillImagePageCount(file) : 1;
+        const bool paged = file.endsWith(".tif", Qt::CaseInsensitive) || file.endsWith(".tiff", Qt::CaseInsensitive)
+                           || file.endsWith(".gif", Qt::CaseInsensitive);
+        const int count = paged ? stillImagePageCount(file) : 1;
         for (int page = 0; page < count; ++page) {
             rows.paths << file;
             rows.pages << FramePage{page, count};

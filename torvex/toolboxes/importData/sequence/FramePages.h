@@ -14,7 +14,7 @@ struct FramePage {
 };
 
 // One row per page of each file, in order: the rows' paths (a file of n
-// pages n times) and their pages. Only TIFF files have more than one page.
+// pages n times) and their pages. Only TIFF and GIF files have more than one page.
 struct PagedRows {
     QStringList paths;
     QList<FramePage> pages;

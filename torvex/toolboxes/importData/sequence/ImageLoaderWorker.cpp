@@ -9,6 +9,7 @@
 #include "PlaceholderFrame.h"
 #include "PythonPath.h"
 #include "StillImageDecoder.h"
+#include "TiffPages.h"
 
 #include <QCoreApplication>
 
@@ -67,13 +68,14 @@ void _ImageLoaderWorker::run()
         // kept for `placeholders`. Each index is written by the one thread
         // that decodes it, and read only once the decoder has handed it over.
         std::vector<QString> failures(total);
-        const auto decode = [this, &stack, &failures, keepDepth](int index,
+        TiffPages openPages;
+        const auto decode = [this, &stack, &failures, &openPages, keepDepth](int index,
                                                                  const QString& path) noexcept -> std::optional<NdArray> {
             try {
                 const auto intoSlot = [&](const Shape& shape, DType dtype) {
                     return stack.decodeTarget(index, shape, dtype);
                 };
-                const DecodedImage image = decodeStillImagePage(path, _pages.value(index).page, intoSlot);
+                const DecodedImage image = decodeStillImagePage(path, _pages.value(index).page, intoSlot, &openPages);
                 return keepDepth ? keepStoredValues(image) : normaliseToUInt8(image);
             } catch (const std::exception& e) {
                 failures[index] = QString::fromUtf8(e.what());

@@ -5,6 +5,7 @@
 #include "PlainPng.h"
 #include "StoredColour.h"
 #include "TiffLowDepth.h"
+#include "TiffPages.h"
 
 #include <OpenImageIO/imageio.h>
 
@@ -166,12 +167,23 @@ DecodedImage decodeStoredImage(const QString& path, const PixelAllocator& alloca
     return {readPixels(*input, allocate), false};
 }
 
-DecodedImage decodeLaterPage(const QString& path, int page, const PixelAllocator& allocate)
+bool hasPages(const OIIO::ImageInput& input)
 {
+    const std::string_view format = input.format_name();
+    return format == "tiff" || format == "gif";
+}
+
+DecodedImage decodeLaterPage(const QString& path, int page, const PixelAllocator& allocate, TiffPages* openPages)
+{
+    // A GIF's later frames are composed over those before them, which only
+    // the general decoder does.
+    QFile head(path);
+    const bool gif = head.open(QIODevice::ReadOnly) && head.peek(4) == "GIF8";
+    if (openPages && !gif)
+        if (std::optional<NdArray> pixels = openPages->read(path, page, allocate)) return {*pixels, false};
     const std::string file = QFile::encodeName(path).toStdString();
     auto input = openImage(file, false);
-    if (input->format_name() != std::string_view("tiff") || !input->seek_subimage(page, 0))
-        fail("no page " + std::to_string(page + 1));
+    if (!hasPages(*input) || !input->seek_subimage(page, 0)) fail("no page " + std::to_string(page + 1));
     std::error_code ec;
     checkClaimedSize(input->spec(), std::filesystem::file_size(file, ec));
     return {readPixels(*input, allocate), false};
@@ -200,17 +212,18 @@ int stillImagePageCount(const QString& path)
     std::error_code ec;
     if (!std::filesystem::is_regular_file(file, ec)) return 1;
     auto input = OIIO::ImageInput::open(file);
-    if (!input || input->format_name() != std::string_view("tiff")) return 1;
+    if (!input || !hasPages(*input)) return 1;
     int pages = 1;
     while (input->seek_subimage(pages, 0)) ++pages;
     return pages;
 }
 
-DecodedImage decodeStillImagePage(const QString& path, int page, const PixelAllocator& allocate)
+DecodedImage decodeStillImagePage(const QString& path, int page, const PixelAllocator& allocate,
+                                  TiffPages* openPages)
 {
     applyDecoderLimits();
     try {
-        return page == 0 ? decodeStoredImage(path, allocate) : decodeLaterPage(path, page, allocate);
+        return page == 0 ? decodeStoredImage(path, allocate) : decodeLaterPage(path, page, allocate, openPages);
     } catch (const std::runtime_error&) {
         throw;
     } catch (const std::exception& e) {

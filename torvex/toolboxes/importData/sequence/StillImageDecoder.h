@@ -8,6 +8,8 @@
 
 namespace torvex {
 
+class TiffPages;
+
 // One still image as its file stores it.
 struct DecodedImage {
     // (H, W) for one channel, else (H, W, C), in the stored element type:
@@ -29,10 +31,14 @@ using PixelAllocator = std::function<NdArray(const Shape& shape, DType dtype)>;
 // Channel values are decoded into memory from `allocate`; palette and 1-bit
 // images, which are rewritten after decoding, always get arrays of their own.
 DecodedImage decodeStillImage(const QString& path, const PixelAllocator& allocate = NdArray::empty);
-// Page `page` (from 0) of a multi-page TIFF; page 0 is decodeStillImage's.
-// Later pages are read with their stored values by the general decoder.
-DecodedImage decodeStillImagePage(const QString& path, int page, const PixelAllocator& allocate = NdArray::empty);
-// The number of pages of a TIFF file; 1 for any other file or one that does not open.
+// Page `page` (from 0) of a multi-page TIFF or an animated GIF; page 0 is
+// decodeStillImage's. Later pages are read with their stored values, through
+// `openPages` where it reads them, else by the general decoder; a GIF's later
+// frames as they show, composed over the frames before them.
+DecodedImage decodeStillImagePage(const QString& path, int page, const PixelAllocator& allocate = NdArray::empty,
+                                  TiffPages* openPages = nullptr);
+// The number of pages of a TIFF file or frames of a GIF; 1 for any other file
+// or one that does not open.
 int stillImagePageCount(const QString& path);
 
 // Throws when a header claims more decoded bytes than a file of `fileBytes`

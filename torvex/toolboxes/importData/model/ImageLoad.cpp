@@ -1,5 +1,7 @@
 #include "toolboxes/importData/model/ImageLoad.h"
 
+#include "toolboxes/importData/sequence/ThreadHandOff.h"
+
 #include <QThread>
 
 namespace torvex {
@@ -42,8 +44,16 @@ void ImageLoad::start(const QStringList& files, SequenceReading reading, const Q
     auto* thread = new QThread(this);
     worker->moveToThread(thread);
     connect(worker, &_ImageLoaderWorker::progress, this, &ImageLoad::progress);
-    connect(worker, &_ImageLoaderWorker::frameDecoded, this, &ImageLoad::frameDecoded);
-    connect(worker, &_ImageLoaderWorker::placeholders, this, &ImageLoad::placeholders);
+    // Frames and reasons were made on other threads: received here, before
+    // anyone (or the queued event's own clean-up) touches them.
+    connect(worker, &_ImageLoaderWorker::frameDecoded, this, [this](int load_id, int index, const NdArray& frame) {
+        markReceived();
+        emit frameDecoded(load_id, index, frame);
+    });
+    connect(worker, &_ImageLoaderWorker::placeholders, this, [this](int load_id, const QMap<int, QString>& reasons) {
+        markReceived();
+        emit placeholders(load_id, reasons);
+    });
     connect(worker, &_ImageLoaderWorker::finished, this, &ImageLoad::finished);
     connect(worker, &_ImageLoaderWorker::error, this, &ImageLoad::error);
     connect(thread, &QThread::started, worker, &_ImageLoaderWorker::run);
